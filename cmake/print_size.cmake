@@ -1,0 +1,3 @@
+file(SIZE ${FILE} size)
+cmake_path(GET FILE FILENAME name)
+message("${name}: ${size} bytes")

@@ -1,0 +1,159 @@
+#include "devkit/report_server/arguments.h"
+
+#include <fmt/printf.h>
+#include <getopt.h>
+
+#include <charconv>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string_view>
+
+#include "base/json.h"
+#include "base/text.h"
+
+namespace ostrell {
+namespace {
+
+constexpr int kUsageError = 2;
+
+constexpr std::string_view kHelp =
+    R"(Usage: report_server [--port N] [--store DIR] [--fault NAME]... [--instructions FILE]
+                     [--known FILE] [--exec COMMAND ARG...]
+
+Local report server: HTTPS on 127.0.0.1 with a certificate made at start. Serves until SIGTERM or
+SIGINT; with --exec until the command ends.
+
+  --port N             port, default 18443; 0 takes a free one
+  --store DIR          keep every request in DIR: NNNN.request, NNNN.body, requests.jsonl
+  --fault NAME         misbehave on every request that the fault concerns; can be repeated
+  --instructions FILE  JSON document that rc1 is answered with
+  --known FILE         SHA-1 digests of known samples, one a line, upper-case hexadecimal
+  --exec COMMAND...    run the command with OSTRELL_TEST_SERVER=https://127.0.0.1:PORT and exit with
+                       its code (128 + N when signal N ended it, 127 when it cannot be started)
+  --help               this text
+
+A request to /fault/NAME/PATH has that fault and no other; /fault/none/PATH has none.
+GET /requests lists what was received.
+
+Exit codes: 0 ended by a signal, 2 wrong arguments, 3 the server cannot start (the port is taken).
+
+Faults:
+)";
+
+void PrintHelp() {
+  std::string text(kHelp);
+  for (const FaultEntry& entry : AllFaults()) {
+    text += fmt::sprintf("  %-14s %s\n", entry.name, entry.help);
+  }
+  std::fputs(text.c_str(), stdout);
+}
+
+// Says what is wrong; always false.
+bool Refuse(std::string_view what, std::string_view argument) {
+  std::fputs(fmt::sprintf("report_server: %s: %s\n", what, argument).c_str(), stderr);
+  return false;
+}
+
+bool ReadFile(const char* path, std::string& text) {
+  std::ifstream file(path, std::ios::binary);
+  text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  return (file.is_open() && !file.bad()) || Refuse("cannot read", path);
+}
+
+bool TakePort(std::string_view text, ReportServerOptions& options) {
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, options.port);
+  const bool isPort =
+      error == std::errc() && stop == end && options.port >= 0 && options.port <= 65535;
+  return isPort || Refuse("not a port", text);
+}
+
+bool TakeFault(const char* name, ReportServerOptions& options) {
+  const std::optional<Fault> fault = FaultNamed(name);
+  if (!fault) {
+    return Refuse("no such fault", name);
+  }
+  options.faults.push_back(*fault);
+  return true;
+}
+
+bool TakeInstructions(const char* path, ReportServerOptions& options) {
+  std::string& text = options.instructions;
+  if (!ReadFile(path, text)) {
+    return false;
+  }
+  json_error_t error;
+  const JsonOwner document(json_loadb(text.data(), text.size(), 0, &error));
+  return document || Refuse(fmt::sprintf("not JSON, line %d, %s", error.line, error.text), path);
+}
+
+bool TakeKnown(const char* path, ReportServerOptions& options) {
+  std::string text;
+  if (!ReadFile(path, text)) {
+    return false;
+  }
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    options.known.emplace(TrimBlanks(line));
+  }
+  return true;
+}
+
+}  // namespace
+
+std::variant<Arguments, int> ParseArguments(int argc, char** argv) {
+  constexpr option kOptions[] = {
+      {"port", required_argument, nullptr, 'p'},  {"store", required_argument, nullptr, 's'},
+      {"fault", required_argument, nullptr, 'f'}, {"instructions", required_argument, nullptr, 'i'},
+      {"known", required_argument, nullptr, 'k'}, {"exec", no_argument, nullptr, 'e'},
+      {"help", no_argument, nullptr, 'h'},        {}};
+  Arguments arguments;
+  bool isRight = true;
+  bool hasCommand = false;
+  while (isRight && !hasCommand) {
+    switch (getopt_long(argc, argv, "+", kOptions, nullptr)) {
+      case 'p':
+        isRight = TakePort(optarg, arguments.options);
+        break;
+      case 's':
+        arguments.options.store = optarg;
+        break;
+      case 'f':
+        isRight = TakeFault(optarg, arguments.options);
+        break;
+      case 'i':
+        isRight = TakeInstructions(optarg, arguments.options);
+        break;
+      case 'k':
+        isRight = TakeKnown(optarg, arguments.options);
+        break;
+      case 'e':
+        hasCommand = true;
+        break;
+      case 'h':
+        PrintHelp();
+        return 0;
+      case -1:
+        if (optind < argc) {
+          Refuse("unexpected argument", argv[optind]);
+          return kUsageError;
+        }
+        return arguments;
+      default:
+        isRight = false;
+    }
+  }
+  arguments.command.assign(argv + optind, argv + argc);
+  if (isRight && arguments.command.empty()) {
+    isRight = Refuse("no command after", "--exec");
+  }
+  if (!isRight) {
+    return kUsageError;
+  }
+  return arguments;
+}
+
+}  // namespace ostrell

@@ -1,0 +1,28 @@
+#include "devkit/report_server/json_text.h"
+
+#include <algorithm>
+
+namespace ostrell {
+
+JsonOwner JsonString(std::string_view text) {
+  JsonOwner value(json_stringn(text.data(), text.size()));
+  if (!value) {
+    std::string ascii(text);
+    std::ranges::replace_if(
+        ascii, [](char byte) { return (byte & 0x80) != 0; }, '?');
+    value.Reset(json_stringn(ascii.data(), ascii.size()));
+  }
+  return value;
+}
+
+std::string CompactText(const json_t* value) {
+  std::string text;
+  const auto append = [](const char* part, size_t size, void* to) {
+    static_cast<std::string*>(to)->append(part, size);
+    return 0;
+  };
+  json_dump_callback(value, append, &text, JSON_COMPACT | JSON_ENCODE_ANY);
+  return text;
+}
+
+}  // namespace ostrell

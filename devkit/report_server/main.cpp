@@ -1,0 +1,45 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "devkit/report_server/arguments.h"
+#include "devkit/report_server/command.h"
+#include "devkit/report_server/report_server.h"
+
+namespace {
+
+int Run(int argc, char** argv) {
+  constexpr int kCannotServe = 3;
+  auto parsed = ostrell::ParseArguments(argc, argv);
+  if (const int* exitCode = std::get_if<int>(&parsed)) {
+    return *exitCode;
+  }
+  auto& arguments = std::get<ostrell::Arguments>(parsed);
+  ostrell::HoldSignals();
+  ostrell::ReportServer server(std::move(arguments.options));
+  std::string why;
+  if (!server.Start(&why)) {
+    std::fprintf(stderr, "report_server: %s\n", why.c_str());
+    return kCannotServe;
+  }
+  if (!arguments.command.empty()) {
+    return ostrell::RunCommand(arguments.command, server.Url());
+  }
+  std::printf("listening on %s\n", server.Url().c_str());
+  std::fflush(stdout);
+  ostrell::WaitForEnd();
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "report_server: %s\n", error.what());
+    return 1;
+  }
+}

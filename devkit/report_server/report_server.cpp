@@ -1,0 +1,178 @@
+#include "devkit/report_server/report_server.h"
+
+#include <charconv>
+#include <cstdio>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "devkit/report_server/answers.h"
+
+namespace ostrell {
+namespace {
+
+// In place of a fault's name: none, whatever is switched on.
+constexpr std::string_view kNoFault = "none";
+
+HttpAnswer PlainAnswer(int status, std::string_view text) {
+  return {.status = status, .body = std::string(text) + "\n", .type = "text/plain"};
+}
+
+// What the target names when its fault is taken away.
+std::string SameWithoutFault(const RequestTarget& target) {
+  return target.faultName.empty() ? "/fault/none" + target.pathAndQuery : target.pathAndQuery;
+}
+
+std::optional<uint64_t> TicketNumber(std::string_view path) {
+  constexpr std::string_view kPut = "/put/";
+  uint64_t number = 0;
+  if (!path.starts_with(kPut)) {
+    return std::nullopt;
+  }
+  const char* const end = path.data() + path.size();
+  const auto [stop, error] = std::from_chars(path.data() + kPut.size(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+bool IsJsonReport(std::string_view report) {
+  return report != "rc3" && report != "rc4";
+}
+
+}  // namespace
+
+ReportServer::ReportServer(ReportServerOptions startOptions)
+    : options(std::move(startOptions)),
+      listener([this](const HttpRequest& request) { return Handle(request); },
+               options.mostBodyBytes) {}
+
+bool ReportServer::Start(std::string* why) {
+  if (!log.Open(options.store, why)) {
+    return false;
+  }
+  // Each ticket takes a request, so the tickets of an earlier run have lower numbers.
+  tickets.emplace(log.NextNumber());
+  return listener.Start(options.port, why);
+}
+
+void ReportServer::Stop() {
+  listener.Stop();
+}
+
+int ReportServer::Port() const {
+  return listener.Port();
+}
+
+std::string ReportServer::Url() const {
+  return "https://127.0.0.1:" + std::to_string(Port());
+}
+
+void ReportServer::SetFaults(std::vector<Fault> faults) {
+  const std::scoped_lock lock(changing);
+  options.faults = std::move(faults);
+}
+
+void ReportServer::SetInstructions(std::string document) {
+  const std::scoped_lock lock(changing);
+  options.instructions = std::move(document);
+}
+
+std::vector<JsonOwner> ReportServer::Requests() const {
+  std::vector<JsonOwner> requests;
+  for (const std::string& line : log.Lines()) {
+    requests.emplace_back(json_loadb(line.data(), line.size(), JSON_ALLOW_NUL, nullptr));
+  }
+  return requests;
+}
+
+HttpAnswer ReportServer::RequestList() const {
+  std::string body;
+  for (const std::string& line : log.Lines()) {
+    body += (body.empty() ? "[" : ",\n") + line;
+  }
+  return {.body = body.empty() ? "[]" : body + "]"};
+}
+
+std::string ReportServer::Instructions() const {
+  const std::scoped_lock lock(changing);
+  return options.instructions;
+}
+
+ActiveFaults ReportServer::FaultsOf(const RequestTarget& target) const {
+  if (target.faultName.empty()) {
+    const std::scoped_lock lock(changing);
+    return ActiveFaults(options.faults);
+  }
+  const std::optional<Fault> named = FaultNamed(target.faultName);
+  return ActiveFaults(named ? std::vector{*named} : std::vector<Fault>{});
+}
+
+HttpAnswer ReportServer::Handle(const HttpRequest& request) {
+  const RequestTarget target = ParseRequestTarget(request.target);
+  if (request.method == "GET" && target.path == "/requests") {
+    return RequestList();
+  }
+  ActiveFaults faults = FaultsOf(target);
+  RequestRecord record{.request = request, .query = target.query};
+  HttpAnswer answer;
+  if (request.refusedStatus != 0) {
+    answer = PlainAnswer(request.refusedStatus, "refused");
+  } else if (!target.faultName.empty() && target.faultName != kNoFault &&
+             !FaultNamed(target.faultName)) {
+    answer = PlainAnswer(404, "no such fault");
+  } else {
+    answer = request.method == "GET" ? AnswerGet(target, faults, record)
+                                     : AnswerPut(target, faults, record);
+  }
+  record.status = answer.status;
+  record.fault = faults.Acted();
+  if (!log.Add(record)) {
+    std::fprintf(stderr, "report_server: a request cannot be written to %s\n",
+                 options.store.c_str());
+    return PlainAnswer(500, "the request cannot be kept");
+  }
+  return answer;
+}
+
+HttpAnswer ReportServer::AnswerGet(const RequestTarget& target, ActiveFaults& faults,
+                                   RequestRecord& record) {
+  record.report = ReportOfPath(target.path);
+  HttpAnswer answer;
+  if (record.report == "rc1") {
+    answer = RecordAnswer(Instructions(), faults);
+  } else if (!record.report.empty() && target.Value("o")) {
+    answer = AnswerTicket(target, faults, record);
+  } else if (record.report == "rc3" && target.Value("h")) {
+    const std::string digest(*target.Value("h"));
+    answer = QuestionAnswer(options.known.contains(digest), faults);
+  } else {
+    return record.report.empty() ? PlainAnswer(404, "no such path")
+                                 : PlainAnswer(400, "no digest of a body");
+  }
+  return WithFaultsOfGet(std::move(answer), SameWithoutFault(target), faults);
+}
+
+HttpAnswer ReportServer::AnswerTicket(const RequestTarget& target, ActiveFaults& faults,
+                                      RequestRecord& record) {
+  record.ticket = tickets->Issue(
+      {.report = record.report, .query = target.query, .digest = std::string(*target.Value("o"))});
+  const std::string origin = Url();
+  const std::string prefix = target.FaultPrefix();
+  return TicketAnswer({.origin = origin, .prefix = prefix, .number = *record.ticket}, faults);
+}
+
+HttpAnswer ReportServer::AnswerPut(const RequestTarget& target, ActiveFaults& faults,
+                                   RequestRecord& record) {
+  const auto number = TicketNumber(target.path);
+  const auto ticket = number ? tickets->Find(*number) : std::nullopt;
+  if (!ticket) {
+    return PlainAnswer(404, "no such ticket");
+  }
+  record.report = ticket->report;
+  record.query = ticket->query;
+  record.ticket = number;
+  record.body = CheckPackedBody(record.request.body,
+                                {.digest = ticket->digest, .isJson = IsJsonReport(ticket->report)});
+  return PutAnswer(SameWithoutFault(target), faults);
+}
+
+}  // namespace ostrell

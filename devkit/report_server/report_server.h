@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/json.h"
+#include "devkit/report_server/faults.h"
+#include "devkit/report_server/http_exchange.h"
+#include "devkit/report_server/https_listener.h"
+#include "devkit/report_server/request_log.h"
+#include "devkit/report_server/request_target.h"
+#include "devkit/report_server/tickets.h"
+
+namespace ostrell {
+
+struct ReportServerOptions {
+  int port = 18443;               // 0 takes a free one
+  std::filesystem::path store{};  // empty: requests are kept in memory only
+  std::vector<Fault> faults{};    // act on every request that they concern
+  std::string instructions = R"({"samples":{"quarantine":{"cnt":5,"vnflt":[]}}})";
+  std::set<std::string> known{};  // SHA-1 digests of known samples, upper-case hexadecimal
+  size_t mostBodyBytes = size_t{512} << 20;
+};
+
+// The report server of the product on loopback: it gives out tickets, takes and checks uploads,
+// answers rc1 and the sample question, keeps every request and misbehaves by named fault.
+// docs/report-protocol.md describes what it speaks. All operations but Start and Stop may be called
+// from any thread at any time.
+class ReportServer {
+ public:
+  explicit ReportServer(ReportServerOptions startOptions);
+
+  // False, with one line of text in `why`, when the port is taken or the store cannot be written.
+  // A server starts once.
+  bool Start(std::string* why);
+
+  // Waits for the requests under way. The records stay. The destructor stops, too.
+  void Stop();
+
+  // The port that is listened on; 0 before Start.
+  int Port() const;
+
+  // "https://127.0.0.1:PORT".
+  std::string Url() const;
+
+  // They hold from the next request on.
+  void SetFaults(std::vector<Fault> faults);
+  void SetInstructions(std::string document);
+
+  // One object for each request answered or being answered, in the order of requests.jsonl.
+  std::vector<JsonOwner> Requests() const;
+
+ private:
+  HttpAnswer Handle(const HttpRequest& request);
+  HttpAnswer AnswerGet(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
+  HttpAnswer AnswerPut(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
+  HttpAnswer AnswerTicket(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
+  HttpAnswer RequestList() const;
+  ActiveFaults FaultsOf(const RequestTarget& target) const;
+  std::string Instructions() const;
+
+  ReportServerOptions options;
+  mutable std::mutex changing;  // guards options.faults and options.instructions
+  RequestLog log;
+  std::optional<Tickets> tickets;  // from Start on
+  HttpsListener listener;          // last: its threads use the others
+};
+
+}  // namespace ostrell

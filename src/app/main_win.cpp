@@ -1,0 +1,41 @@
+#include <windows.h>
+
+#include <objbase.h>
+
+#include "app/app_module_win.h"
+#include "app/report_driver.h"
+#include "app/start_up_win.h"
+#include "env/client_identity.h"
+#include "platform/crashsentry.h"
+
+namespace ostrell {
+namespace {
+
+COstrellAppModule appModule;
+
+void Run() {
+  InstallCrashHandler();
+  EnterProgramFolder();
+  if (!BecomeOnlyInstance() || FAILED(CoInitialize(nullptr))) {
+    return;  // nothing is undone: the process ends at once
+  }
+  PrepareLocaleAndControls();
+  const HRESULT initialised = appModule.Initialise();
+  ComputeIdentity(MachineIdentity(), ClientId());
+  if (SUCCEEDED(initialised)) {
+    RunReportDriver();
+    appModule.Terminate();
+  }
+  CoUninitialize();
+}
+
+}  // namespace
+}  // namespace ostrell
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
+  try {
+    ostrell::Run();
+  } catch (...) {  // out of memory: the exit code says 0 whatever happened
+  }
+  return 0;
+}

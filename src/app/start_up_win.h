@@ -1,0 +1,16 @@
+#pragma once
+
+namespace ostrell {
+
+// Makes the program's folder the current one, so that relative file names of the whole run are
+// beside the program. Failures are ignored.
+void EnterProgramFolder();
+
+// True when no other copy runs on this machine, in any session. The mutex is held until the process
+// ends.
+bool BecomeOnlyInstance();
+
+// The C locale of the system's ANSI code page, and the common controls.
+void PrepareLocaleAndControls();
+
+}  // namespace ostrell

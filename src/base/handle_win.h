@@ -1,0 +1,17 @@
+#pragma once
+
+#include <windows.h>
+
+#include "base/owner.h"
+
+namespace ostrell {
+
+// A handle of CreateFileW, whose empty value is INVALID_HANDLE_VALUE.
+struct FileHandleTraits {
+  using Handle = HANDLE;
+  static Handle Empty() { return INVALID_HANDLE_VALUE; }
+  static void Close(Handle handle) noexcept { CloseHandle(handle); }
+};
+using FileHandle = Owner<FileHandleTraits>;
+
+}  // namespace ostrell

@@ -1,0 +1,89 @@
+#include "base/text.h"
+
+#include <algorithm>
+
+namespace ostrell {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\n\v\f\r";
+constexpr char32_t kReplacement = 0xFFFD;
+
+char LowerCase(char character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A'))
+                                              : character;
+}
+
+constexpr bool IsHighSurrogate(char32_t unit) {
+  return unit >= 0xD800 && unit < 0xDC00;
+}
+constexpr bool IsLowSurrogate(char32_t unit) {
+  return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// Takes one code point off the front of `text`, which is not empty.
+char32_t TakeCodePoint(std::wstring_view& text) {
+  const auto unit = static_cast<char32_t>(text.front());
+  text.remove_prefix(1);
+  if (sizeof(wchar_t) == 2 && IsHighSurrogate(unit) && !text.empty() &&
+      IsLowSurrogate(static_cast<char32_t>(text.front()))) {
+    const auto low = static_cast<char32_t>(text.front());
+    text.remove_prefix(1);
+    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+  }
+  const bool sound = unit <= 0x10FFFF && !IsHighSurrogate(unit) && !IsLowSurrogate(unit);
+  return sound ? unit : kReplacement;
+}
+
+void AppendUtf8(std::string& text, char32_t codePoint) {
+  const auto continuation = [&](int shift) {
+    text += static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F));
+  };
+  if (codePoint < 0x80) {
+    text += static_cast<char>(codePoint);
+  } else if (codePoint < 0x800) {
+    text += static_cast<char>(0xC0 | (codePoint >> 6));
+    continuation(0);
+  } else if (codePoint < 0x10000) {
+    text += static_cast<char>(0xE0 | (codePoint >> 12));
+    continuation(6);
+    continuation(0);
+  } else {
+    text += static_cast<char>(0xF0 | (codePoint >> 18));
+    continuation(12);
+    continuation(6);
+    continuation(0);
+  }
+}
+
+}  // namespace
+
+bool IsBlank(char character) {
+  return kBlanks.find(character) != std::string_view::npos;
+}
+
+std::string_view TrimTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+std::string_view TrimBlanks(std::string_view text) {
+  text = TrimTrailingBlanks(text);
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text;
+}
+
+bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() &&
+         std::equal(prefix.begin(), prefix.end(), text.begin(),
+                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+}
+
+std::string Utf8FromWide(std::wstring_view text) {
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    AppendUtf8(result, TakeCodePoint(text));
+  }
+  return result;
+}
+
+}  // namespace ostrell

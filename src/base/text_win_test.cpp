@@ -1,0 +1,39 @@
+#include "base/text_win.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "base/text.h"
+
+namespace ostrell {
+namespace {
+
+std::string SystemUtf8(std::wstring_view text) {
+  std::string utf8(text.size() * 3, '\0');
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), utf8.data(),
+                          static_cast<int>(utf8.size()), nullptr, nullptr);
+  utf8.resize(static_cast<size_t>(size));
+  return utf8;
+}
+
+// The portable conversion against the system's, for each unit alone and in the three places of a
+// surrogate pair.
+TEST(Utf8FromWide, AgreesWithTheSystemForEveryUnit) {
+  for (int value = 1; value < 0x10000; ++value) {
+    const auto unit = static_cast<wchar_t>(value);
+    const std::wstring text{unit,   L'|', 0xD83D, unit,   L'|', unit,
+                            0xDE00, L'|', 0xD83D, 0xDE00, unit};
+    ASSERT_EQ(Utf8FromWide(text), SystemUtf8(text)) << std::hex << value;
+  }
+}
+
+TEST(ThreadAnsiFromWide, AsciiStaysAndEmptyStaysEmpty) {
+  EXPECT_EQ(ThreadAnsiFromWide(L"{0F8FAD5B-D9CB-469F-A165-70867728950E}"),
+            "{0F8FAD5B-D9CB-469F-A165-70867728950E}");
+  EXPECT_EQ(ThreadAnsiFromWide(L""), "");
+}
+
+}  // namespace
+}  // namespace ostrell

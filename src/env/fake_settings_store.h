@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "env/settings.h"
+
+namespace ostrell {
+
+// For tests: a settings store in memory that notes what is asked of it. Keys are UTF-8. A value is
+// found under its own width only.
+struct FakeSettingsStore : SettingsStore {
+  std::map<std::string, int32_t> numbers;
+  std::map<std::string, int64_t> times;
+  int32_t writeResult = 1;
+
+  std::vector<std::string> readKeys;  // of 64-bit readings, in their order
+  std::vector<std::pair<std::string, int64_t>> written;
+  int releases = 0;
+
+  // A holder of this store, which must outlive it.
+  Settings Hold() { return Settings(SettingsStoreOwner(this)); }
+
+  void Release() override { ++releases; }
+  int32_t ReadInt32(const char* key, int32_t* value) override { return Find(numbers, key, value); }
+  int32_t ReadInt64(const char* key, int64_t* value) override {
+    readKeys.emplace_back(key);
+    return Find(times, key, value);
+  }
+  void Reserved3() override {}
+  void Reserved4() override {}
+  int32_t WriteInt64(const char* key, int64_t value) override {
+    written.emplace_back(key, value);
+    times[key] = value;
+    return writeResult;
+  }
+
+ private:
+  template <class Values, class Number>
+  static int32_t Find(const Values& values, const char* key, Number* value) {
+    const auto found = values.find(key);
+    if (found == values.end()) {
+      return 0;
+    }
+    *value = found->second;
+    return 1;
+  }
+};
+
+}  // namespace ostrell

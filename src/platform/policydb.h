@@ -1,0 +1,58 @@
+#pragma once
+
+#include <jansson.h>
+
+#include <cstdint>
+
+#include "base/owner.h"
+
+namespace ostrell {
+
+// The product's policy database library, "policydb.dll". Its objects are tables of virtual
+// functions in slot order. They have no virtual destructor: compilers give it different numbers of
+// slots. Text is UTF-8, zero-terminated and borrowed for the call.
+
+// A section of the product's settings. Ordinal 13.
+struct SettingsStore {
+  virtual void Release() = 0;                                      // slot 0
+  virtual int32_t ReadInt32(const char* key, int32_t* value) = 0;  // slot 1: non-zero if found
+  virtual int32_t ReadInt64(const char* key, int64_t* value) = 0;  // slot 2: non-zero if found
+  virtual void Reserved3() = 0;                                    // slot 3
+  virtual void Reserved4() = 0;                                    // slot 4
+  virtual int32_t WriteInt64(const char* key, int64_t value) = 0;  // slot 5: result ignored
+
+ protected:
+  ~SettingsStore() = default;
+};
+
+// A document of the product, or its record store (document 0). Ordinal 9.
+struct PolicyDocument {
+  virtual void Reserved0() = 0;                   // slot 0
+  virtual void Reserved1() = 0;                   // slot 1
+  virtual void Release() = 0;                     // slot 2
+  virtual void Reserved3() = 0;                   // slot 3
+  virtual json_t* Json() = 0;                     // slot 4: new reference or null
+  virtual void Reserved5() = 0;                   // slot 5
+  virtual void Reserved6() = 0;                   // slot 6
+  virtual json_t* Query(json_t* descriptor) = 0;  // slot 7: new reference or null
+
+ protected:
+  ~PolicyDocument() = default;
+};
+
+template <class Object>
+struct PolicyObjectTraits {
+  using Handle = Object*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle object) noexcept { object->Release(); }
+};
+using SettingsStoreOwner = Owner<PolicyObjectTraits<SettingsStore>>;
+using PolicyDocumentOwner = Owner<PolicyObjectTraits<PolicyDocument>>;
+
+// The settings section of `feature`; empty without library, entry or section.
+SettingsStoreOwner OpenSettingsStore(const char* feature);
+
+// The document of that number under `dataPath`; empty without library, entry or document.
+PolicyDocumentOwner OpenPolicyDocument(int32_t document, const char* dataPath);
+
+}  // namespace ostrell

@@ -1,0 +1,168 @@
+#include "transport/http.h"
+
+#define CURL_DISABLE_DEPRECATION  // CURLOPT_PUT
+#include <curl/curl.h>
+
+#include <string_view>
+
+#include "base/owner.h"
+
+namespace ostrell {
+namespace {
+
+constexpr char kSchemes[] = "http,https";
+
+struct EasyTraits {
+  using Handle = CURL*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle handle) noexcept { curl_easy_cleanup(handle); }
+};
+
+struct HeaderListTraits {
+  using Handle = curl_slist*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle list) noexcept { curl_slist_free_all(list); }
+};
+using HeaderList = Owner<HeaderListTraits>;
+
+struct ParsedUrlTraits {
+  using Handle = CURLU*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle url) noexcept { curl_url_cleanup(url); }
+};
+
+struct CurlTextTraits {
+  using Handle = char*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle text) noexcept { curl_free(text); }
+};
+
+// Write callback: any other result than the block's length ends the transfer.
+size_t GiveToSink(char* data, size_t size, size_t count, void* sink) noexcept {
+  const std::span block(data, size * count);
+  try {
+    return (*static_cast<const BodySink*>(sink))(std::as_bytes(block)) ? block.size() : 0;
+  } catch (...) {
+    return 0;
+  }
+}
+
+// Read callback: 0 ends the body.
+size_t TakeFromChain(char* to, size_t size, size_t count, void* chain) noexcept {
+  return static_cast<ByteChain*>(chain)->Read(std::as_writable_bytes(std::span(to, size * count)));
+}
+
+BodySink AppendTo(ByteChain& chain) {
+  return [&chain](std::span<const std::byte> block) { return chain.Append(block); };
+}
+
+bool Discard(std::span<const std::byte>) {
+  return true;
+}
+
+// One transfer. An option that libcurl does not take makes it fail before anything is sent.
+class Transfer {
+ public:
+  Transfer() : handle(curl_easy_init()), result(handle ? CURLE_OK : CURLE_FAILED_INIT) {}
+
+  template <class Value>
+  void Set(CURLoption option, Value value) {
+    if (result == CURLE_OK) {
+      result = curl_easy_setopt(handle.Get(), option, value);
+    }
+  }
+
+  void SetLimitsAndUrl(TransferLimits limits, const char* url) {
+    Set(CURLOPT_TIMEOUT, limits.total);
+    Set(CURLOPT_CONNECTTIMEOUT, limits.connect);
+    Set(CURLOPT_SSL_VERIFYPEER, 0L);
+    Set(CURLOPT_SSL_VERIFYHOST, 0L);
+    Set(CURLOPT_PROTOCOLS_STR, kSchemes);
+    Set(CURLOPT_FOLLOWLOCATION, 0L);
+    Set(CURLOPT_URL, url);
+  }
+
+  // Without a write callback libcurl would print the body to the standard output.
+  void SetSink(const BodySink& sink) {
+    Set(CURLOPT_WRITEFUNCTION, &GiveToSink);
+    Set(CURLOPT_WRITEDATA, static_cast<const void*>(&sink));
+  }
+
+  bool Perform(int32_t* statusOut) {
+    if (result == CURLE_OK) {
+      result = curl_easy_perform(handle.Get());
+    }
+    if (result == CURLE_OK && statusOut != nullptr) {
+      long status = 0;
+      curl_easy_getinfo(handle.Get(), CURLINFO_RESPONSE_CODE, &status);
+      *statusOut = static_cast<int32_t>(status);
+    }
+    return result == CURLE_OK;
+  }
+
+ private:
+  Owner<EasyTraits> handle;
+  CURLcode result;
+};
+
+// False when memory fails. No lines: an empty list, true.
+bool BuildHeaderList(const std::vector<std::string>& lines, HeaderList& list) {
+  curl_slist* last = nullptr;
+  for (const std::string& line : lines) {
+    // Appending at the last node: libcurl would search the end from the first one every time.
+    curl_slist* const appended = curl_slist_append(last, line.c_str());
+    if (appended == nullptr) {
+      return false;
+    }
+    if (!list) {
+      list.Reset(appended);
+    }
+    last = last == nullptr ? appended : last->next;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool HttpGet(const char* url, const BodySink& sink, int32_t* statusOut, TransferLimits limits) {
+  Transfer transfer;
+  transfer.SetLimitsAndUrl(limits, url);
+  transfer.SetSink(sink);
+  return transfer.Perform(statusOut);
+}
+
+int32_t GetToChain(const char* url, ByteChain& sink, int32_t* statusOut) {
+  return HttpGet(url, AppendTo(sink), statusOut) ? 1 : 0;
+}
+
+bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteChain& body,
+             ByteChain* responseSink, int32_t* statusOut, TransferLimits limits) {
+  HeaderList headers;
+  if (!BuildHeaderList(headerLines, headers)) {
+    return false;
+  }
+  const BodySink sink = responseSink != nullptr ? AppendTo(*responseSink) : Discard;
+  Transfer transfer;
+  transfer.Set(CURLOPT_UPLOAD, 1L);
+  transfer.Set(CURLOPT_PUT, 1L);
+  transfer.SetLimitsAndUrl(limits, url);
+  transfer.Set(CURLOPT_HTTPHEADER, headers.Get());
+  transfer.Set(CURLOPT_READFUNCTION, &TakeFromChain);
+  transfer.Set(CURLOPT_READDATA, &body);
+  transfer.Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(body.Total()));
+  transfer.SetSink(sink);
+  return transfer.Perform(statusOut);
+}
+
+bool IsHttpUrl(const char* url) {
+  const Owner<ParsedUrlTraits> parsed(curl_url());
+  Owner<CurlTextTraits> scheme;
+  if (!parsed || curl_url_set(parsed.Get(), CURLUPART_URL, url, 0) != CURLUE_OK ||
+      curl_url_get(parsed.Get(), CURLUPART_SCHEME, scheme.Receive(), 0) != CURLUE_OK) {
+    return false;
+  }
+  const std::string_view name(scheme.Get());
+  return name == "http" || name == "https";
+}
+
+}  // namespace ostrell

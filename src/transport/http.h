@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "transport/byte_chain.h"
+
+namespace ostrell {
+
+// The one place that owns a libcurl handle. Transfers speak http and https only, follow no
+// redirect and do not verify TLS peers, as the report server's certificates are its own. A transfer
+// completed when the whole answer arrived, whatever its status; a refused connection, a time-out
+// and an answer cut short are failures. Nothing here throws.
+
+// Whole-transfer and connect time-outs in seconds.
+struct TransferLimits {
+  long total;
+  long connect;
+};
+inline constexpr TransferLimits kAnswerLimits{.total = 60, .connect = 20};
+inline constexpr TransferLimits kUploadLimits{.total = 900, .connect = 20};
+
+// The most that is kept in memory of an answer.
+inline constexpr uint64_t kMostAnswerBytes = uint64_t{4} * 1024 * 1024;
+
+// Receives the body block by block, at most 16 KiB each; false, or an exception, ends the transfer
+// as failed.
+using BodySink = std::function<bool(std::span<const std::byte>)>;
+
+// A GET whose body goes to `sink`. True when the transfer completed; only then `statusOut`, when
+// given, receives the HTTP status.
+bool HttpGet(const char* url, const BodySink& sink, int32_t* statusOut,
+             TransferLimits limits = kAnswerLimits);
+
+// A GET whose body is appended to `sink`, whose limit ends the transfer as failed; what arrived
+// until then stays in it. Returns 1 or 0.
+int32_t GetToChain(const char* url, ByteChain& sink, int32_t* statusOut);
+
+// A PUT of all that `body` holds, which is used up, with the header lines as they stand. The
+// server's answer goes to `responseSink`, as with GetToChain; without one it is read and discarded,
+// bounded in time but not in size. Result and status as HttpGet's.
+bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteChain& body,
+             ByteChain* responseSink, int32_t* statusOut, TransferLimits limits = kUploadLimits);
+
+// True when libcurl reads `url` as a URL of one of the two schemes spelled out in it.
+bool IsHttpUrl(const char* url);
+
+}  // namespace ostrell

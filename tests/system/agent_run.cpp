@@ -1,0 +1,137 @@
+#include "tests/system/agent_run.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace ostrell {
+namespace {
+
+const std::string kSource = OSTRELL_SOURCE;
+const std::string kWindowsBuild = OSTRELL_WINDOWS_BUILD;
+const std::string kPrefix = kSource + "/build/wine/system";
+
+int RunCommand(const std::string& command) {
+  const int status = std::system(command.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string Quoted(const std::filesystem::path& path) {
+  return "'" + path.string() + "'";
+}
+
+std::string Wine(const std::string& channels) {
+  return "OSTRELL_WINE_PREFIX=" + Quoted(kPrefix) + " WINEDEBUG=" + channels + " " +
+         Quoted(kSource + "/script/wine") + " ";
+}
+
+std::filesystem::path InDrive(const char* path) {
+  return std::filesystem::path(kPrefix) / "drive_c" / path;
+}
+
+std::filesystem::path SettingsFile() {
+  return InDrive("ProgramData/Velmora/Corvane/settings/ostrell.json");
+}
+
+}  // namespace
+
+SampleProduct::SampleProduct() {
+  EXPECT_EQ(RunCommand(Quoted(kSource + "/devkit/sample/sample") + " make " + Quoted(kPrefix) +
+                       " " + Quoted(kWindowsBuild + "/product")),
+            0);
+}
+
+std::filesystem::path SampleProduct::BinFolder() const {
+  return InstallFolder() / "bin";
+}
+std::filesystem::path SampleProduct::InstallFolder() const {
+  return InDrive("Program Files/Velmora/Corvane");
+}
+std::filesystem::path SampleProduct::DataFolder() const {
+  return InDrive("ProgramData/Velmora/Corvane");
+}
+
+std::optional<int64_t> SampleProduct::Time(const std::string& key) const {
+  const JsonOwner settings(json_load_file(SettingsFile().c_str(), 0, nullptr));
+  const json_t* value = json_object_get(json_object_get(settings.Get(), "int64"), key.c_str());
+  return json_is_integer(value) ? std::optional(json_integer_value(value)) : std::nullopt;
+}
+
+void SampleProduct::SetTime(const std::string& key, int64_t seconds) const {
+  SetSetting("int64", key, seconds);
+}
+
+void SampleProduct::SetNumber(const std::string& key, int32_t value) const {
+  SetSetting("int32", key, value);
+}
+
+void SampleProduct::SetSetting(const char* width, const std::string& key, int64_t value) const {
+  JsonOwner settings(json_load_file(SettingsFile().c_str(), 0, nullptr));
+  if (!settings) {
+    settings.Reset(json_object());
+  }
+  json_t* section = json_object_get(settings.Get(), width);
+  if (section == nullptr) {
+    section = json_object();
+    json_object_set_new(settings.Get(), width, section);
+  }
+  json_object_set_new(section, key.c_str(), json_integer(value));
+  EXPECT_EQ(json_dump_file(settings.Get(), SettingsFile().c_str(), JSON_INDENT(2)), 0);
+}
+
+std::string SampleProduct::SettingsText() const {
+  return ReadText(SettingsFile());
+}
+
+void SampleProduct::Registry(const std::string& arguments) const {
+  EXPECT_EQ(RunCommand(Wine("-all") + "reg " + arguments + " >/dev/null 2>&1"), 0) << arguments;
+}
+
+RunResult RunAgent(const std::string& channels) {
+  const std::string trace = kPrefix + "/trace.txt";
+  const auto program = InDrive("Program Files/Velmora/Corvane/bin/ostrell.exe");
+  const int exitCode = RunCommand("cd / && " + Wine(channels) + Quoted(program) + " 2>" +
+                                  Quoted(trace) + " >/dev/null");
+  return {exitCode, ReadText(trace)};
+}
+
+AgentServer::AgentServer() : server(ReportServerOptions{}) {
+  std::string why;
+  EXPECT_TRUE(server.Start(&why)) << why;
+}
+
+std::vector<AgentServer::Request> AgentServer::Requests() const {
+  std::vector<Request> requests;
+  for (const JsonOwner& line : server.Requests()) {
+    const auto text = [&](const char* member) {
+      const char* value = json_string_value(json_object_get(line.Get(), member));
+      return std::string(value != nullptr ? value : "");
+    };
+    Request request{text("report"),
+                    text("method"),
+                    static_cast<int>(json_integer_value(json_object_get(line.Get(), "status"))),
+                    {}};
+    const char* key = nullptr;
+    json_t* value = nullptr;
+    json_object_foreach(json_object_get(line.Get(), "query"), key, value) {
+      request.query[key] = json_string_value(value);
+    }
+    requests.push_back(std::move(request));
+  }
+  return requests;
+}
+
+std::string ReadText(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+void WriteText(const std::filesystem::path& file, std::string_view text) {
+  std::ofstream(file, std::ios::binary) << text;
+}
+
+}  // namespace ostrell

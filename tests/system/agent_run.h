@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/report_server/report_server.h"
+
+namespace ostrell {
+
+// The sample product in a Wine prefix of the tests' own, made afresh.
+class SampleProduct {
+ public:
+  SampleProduct();
+
+  // The folders of the installation, as this machine sees them.
+  std::filesystem::path BinFolder() const;      // where ostrell.exe and the closed libraries lie
+  std::filesystem::path InstallFolder() const;  // VERSION
+  std::filesystem::path DataFolder() const;     // sigdb, settings, documents
+
+  // The value of a 64-bit setting; nothing when there is none.
+  std::optional<int64_t> Time(const std::string& key) const;
+  void SetTime(const std::string& key, int64_t seconds) const;
+  void SetNumber(const std::string& key, int32_t value) const;
+  std::string SettingsText() const;
+
+  // Runs a registry command such as: add KEY /v NAME /d VALUE /f
+  void Registry(const std::string& arguments) const;
+
+ private:
+  void SetSetting(const char* width, const std::string& key, int64_t value) const;
+};
+
+struct RunResult {
+  int exitCode;
+  std::string trace;  // what Wine wrote of the channels asked for
+};
+
+// Runs ostrell.exe of the sample product to its end. `channels` is a value of WINEDEBUG.
+RunResult RunAgent(const std::string& channels = "-all");
+
+// A server on the built-in base URL. Fails the test where the port is taken.
+class AgentServer {
+ public:
+  AgentServer();
+
+  struct Request {
+    std::string report;
+    std::string method;
+    int status;
+    std::map<std::string, std::string> query;
+  };
+  std::vector<Request> Requests() const;
+
+  ReportServer server;
+};
+
+// Text of a file; empty when it cannot be read.
+std::string ReadText(const std::filesystem::path& file);
+void WriteText(const std::filesystem::path& file, std::string_view text);
+
+}  // namespace ostrell

@@ -1,0 +1,65 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+
+#include "tests/system/agent_run.h"
+
+namespace ostrell {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+// The library is loaded from the program's folder by full path and gets its one call, also when the
+// program was started from another folder.
+TEST(StartUp, InstallsTheCrashHandler) {
+  const SampleProduct product;
+  const AgentServer server;
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_THAT(ReadText(product.BinFolder() / "crashsentry.txt"), HasSubstr("0"));
+}
+
+TEST(StartUp, ReportingSwitchedOffSendsNothing) {
+  const SampleProduct product;
+  const AgentServer server;
+  product.SetNumber("isReport", 0);
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_TRUE(server.Requests().empty());
+}
+
+// The first copy waits for a server that does not answer while the second one starts.
+TEST(StartUp, SecondCopyEndsAtOnce) {
+  const SampleProduct product;
+  AgentServer server;
+  server.server.SetFaults({Fault::kSlow});
+  auto first = std::async(std::launch::async, [] { return RunAgent().exitCode; });
+  while (server.Requests().empty() &&
+         first.wait_for(std::chrono::milliseconds(10)) == std::future_status::timeout) {
+  }
+  ASSERT_EQ(server.Requests().size(), 1u);
+
+  const RunResult second = RunAgent("+loaddll,+winsock");
+  EXPECT_EQ(second.exitCode, 0);
+  EXPECT_THAT(second.trace, HasSubstr("crashsentry.dll"));
+  EXPECT_THAT(second.trace, Not(HasSubstr("policydb.dll")));
+  EXPECT_THAT(second.trace, Not(HasSubstr("svclink.dll")));
+  EXPECT_THAT(second.trace, Not(HasSubstr("WSASocket")));
+  EXPECT_EQ(first.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+  EXPECT_EQ(server.Requests().size(), 1u);
+  server.server.Stop();  // lets the first one go
+  EXPECT_EQ(first.get(), 0);
+}
+
+// What the second copy is shown not to do, the only one is shown to do.
+TEST(StartUp, OnlyCopyOpensStoreAndSocket) {
+  const SampleProduct product;
+  const AgentServer server;
+  const RunResult run = RunAgent("+loaddll,+winsock");
+  EXPECT_THAT(run.trace, HasSubstr("policydb.dll"));
+  EXPECT_THAT(run.trace, HasSubstr("svclink.dll"));
+  EXPECT_THAT(run.trace, HasSubstr("WSASocket"));
+}
+
+}  // namespace
+}  // namespace ostrell
