@@ -23,7 +23,7 @@ void EnterProgramFolder() {
 
 bool BecomeOnlyInstance() {
   SetLastError(ERROR_SUCCESS);
-  const HANDLE mutex = CreateMutexA(nullptr, FALSE, "Global\\Velmora::qx_ostrell");
+  HANDLE mutex = CreateMutexA(nullptr, FALSE, "Global\\Velmora::qx_ostrell");
   return GetLastError() != ERROR_ALREADY_EXISTS && mutex != nullptr;
 }
 

@@ -41,8 +41,9 @@ struct FakeDevices {
   DeviceApi Api() {
     return {.getSystemDirectory =
                 [](char* to, UINT) {
-                  std::strcpy(to, "Q:\\Windows\\system32");
-                  return static_cast<UINT>(std::strlen(to));
+                  constexpr std::string_view kFolder = "Q:\\Windows\\system32";
+                  std::memcpy(to, kFolder.data(), kFolder.size() + 1);
+                  return static_cast<UINT>(kFolder.size());
                 },
             .createFile =
                 [this](const char* path, DWORD access, DWORD share, auto, DWORD disposition, auto,
@@ -102,7 +103,7 @@ struct FakeAdapters {
     for (size_t i = 0; i < adapters.size(); ++i) {
       std::memset(&list[i], 0xEE, sizeof(list[i]));
       list[i].Next = i + 1 < adapters.size() ? &list[i + 1] : nullptr;
-      std::strcpy(list[i].AdapterName, adapters[i].name.c_str());
+      std::memcpy(list[i].AdapterName, adapters[i].name.c_str(), adapters[i].name.size() + 1);
       std::memcpy(list[i].Address, adapters[i].address.data(), adapters[i].address.size());
       list[i].AddressLength = adapters[i].addressLength;
     }

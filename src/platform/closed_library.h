@@ -14,6 +14,8 @@ class ClosedLibrary {
 
   template <class Function>
   Function ByOrdinal(uint16_t ordinal) const {
+    // GetProcAddress takes an ordinal in the place of the name.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     return reinterpret_cast<Function>(Find(reinterpret_cast<const char*>(uintptr_t{ordinal})));
   }
   template <class Function>
