@@ -3,13 +3,14 @@
 enable_language(RC)
 set(product_folder ${CMAKE_BINARY_DIR}/product)
 configure_file(ostrell.rc.in ostrell.rc @ONLY)
+configure_file(ostrell.manifest.in ostrell.manifest @ONLY)
 
 add_executable(ostrell WIN32 main_win.cpp ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc)
 target_link_libraries(ostrell PRIVATE app)
-target_include_directories(ostrell PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})  # ostrell.manifest
+target_include_directories(ostrell PRIVATE ${CMAKE_CURRENT_BINARY_DIR})  # ostrell.manifest
 set_target_properties(ostrell PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${product_folder})
 set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc APPEND PROPERTY
-  OBJECT_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/ostrell.manifest)
+  OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ostrell.manifest)
 ostrell_copy_jansson(ostrell)
 
 # -p keeps the time stamp of the link, which is none.
