@@ -1,4 +1,5 @@
-// Runs two commands in turn, A B A B ..., and compares wall time and peak resident memory.
+// Runs two commands in turn, A B A B ..., and compares wall time, CPU time and peak resident
+// memory.
 //
 // Usage: compare_processes RUNS NAME-A 'COMMAND-A' NAME-B 'COMMAND-B'
 //
@@ -20,8 +21,13 @@ namespace {
 
 struct Figures {
   double milliseconds;
+  double cpuMilliseconds;
   double megabytes;
 };
+
+double Milliseconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+}
 
 std::optional<Figures> RunOnce(const std::string& command) {
   const auto started = std::chrono::steady_clock::now();
@@ -36,7 +42,8 @@ std::optional<Figures> RunOnce(const std::string& command) {
     return std::nullopt;
   }
   const std::chrono::duration<double, std::milli> wall = std::chrono::steady_clock::now() - started;
-  return Figures{wall.count(), static_cast<double>(usage.ru_maxrss) / 1024};
+  return Figures{wall.count(), Milliseconds(usage.ru_utime) + Milliseconds(usage.ru_stime),
+                 static_cast<double>(usage.ru_maxrss) / 1024};
 }
 
 double Median(std::vector<double> values) {
@@ -87,6 +94,7 @@ int main(int argc, char** argv) {
   fmt::print("{:<22}{:>14}{:>14}{:>10}\n", fmt::format("median of {}", runs), argv[2], argv[4],
              "ratio");
   PrintRow("wall time, ms", a, b, &Figures::milliseconds);
+  PrintRow("CPU time, ms", a, b, &Figures::cpuMilliseconds);
   PrintRow("peak memory, MiB", a, b, &Figures::megabytes);
   return 0;
 }

@@ -1,6 +1,6 @@
 // Stand-in for the product's policy database library. Its state is JSON files under the product's
-// data path: "settings\<feature>.json" and "documents\<number>.json". It holds no records, so a
-// query gives null, and it has no quarantine.
+// data path: "settings\<feature>.json", "documents\<number>.json", and "records.json" for document
+// 0, the record store. It has no quarantine.
 
 #include <string_view>
 
@@ -8,15 +8,19 @@
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
 #include "devkit/product/json_file_win.h"
+#include "devkit/product/record_query_evaluation.h"
 #include "devkit/product/settings_file_win.h"
 #include "platform/policydb.h"
 
 namespace ostrell {
 namespace {
 
+constexpr int32_t kRecordStore = 0;
+
 class DocumentFile final : public PolicyDocument {
  public:
-  explicit DocumentFile(JsonOwner content) : document(std::move(content)) {}
+  DocumentFile(JsonOwner content, bool holdsRecords)
+      : document(std::move(content)), isRecordStore(holdsRecords) {}
 
   void Reserved0() noexcept override {}
   void Reserved1() noexcept override {}
@@ -25,11 +29,45 @@ class DocumentFile final : public PolicyDocument {
   json_t* Json() noexcept override { return json_incref(document.Get()); }
   void Reserved5() noexcept override {}
   void Reserved6() noexcept override {}
-  json_t* Query(json_t*) noexcept override { return nullptr; }
+  // Null for what is not the record store, and for what cannot be evaluated.
+  json_t* Query(json_t* descriptor) noexcept override {
+    return Guarded<json_t*>(nullptr, [&]() -> json_t* {
+      return isRecordStore ? RunRecordQuery(document.Get(), descriptor).Release() : nullptr;
+    });
+  }
 
  private:
   JsonOwner document;
+  bool isRecordStore;
 };
+
+bool IsArrayOfObjects(json_t* value) {
+  size_t i = 0;
+  json_t* element = nullptr;
+  json_array_foreach(value, i, element) {
+    if (!json_is_object(element)) {
+      return false;
+    }
+  }
+  return json_is_array(value);
+}
+
+// An empty array when there is no file; empty when it is damaged or cannot be read.
+JsonOwner LoadRecords(const std::wstring& path) {
+  JsonFile file = LoadJsonFile(path);
+  if (file.error == ERROR_FILE_NOT_FOUND) {
+    return JsonOwner(json_array());
+  }
+  return IsArrayOfObjects(file.value.Get()) ? std::move(file.value) : JsonOwner();
+}
+
+// The content of a document; empty when its file is missing, unless it is the record store's, or
+// damaged.
+JsonOwner LoadDocument(const std::wstring& folder, int32_t number) {
+  return number == kRecordStore
+             ? LoadRecords(folder + L"records.json")
+             : LoadJsonFile(folder + L"documents\\" + std::to_wstring(number) + L".json").value;
+}
 
 bool IsFolder(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
@@ -65,15 +103,15 @@ bool IsFeatureName(std::string_view name) {
 
 }  // namespace
 
-// The document of that number; null when data path or file is missing, or the file is not JSON.
+// The document of that number; null when the data path is missing, or as LoadDocument says.
 extern "C" PolicyDocument* OpenDocument(int32_t number, const char* dataPath) {
   return Guarded<PolicyDocument*>(nullptr, [&]() -> PolicyDocument* {
     const std::wstring folder = ExistingFolder(WideFromUtf8(dataPath).value_or(L""));
     if (folder.empty()) {
       return nullptr;
     }
-    JsonFile file = LoadJsonFile(folder + L"documents\\" + std::to_wstring(number) + L".json");
-    return file.value ? new DocumentFile(std::move(file.value)) : nullptr;
+    JsonOwner content = LoadDocument(folder, number);
+    return content ? new DocumentFile(std::move(content), number == kRecordStore) : nullptr;
   });
 }
 

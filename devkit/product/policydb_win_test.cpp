@@ -170,5 +170,33 @@ TEST_F(PolicyDocumentTest, MissingOrDamagedIsNone) {
   }
 }
 
+constexpr char kAllOldestFirst[] = R"({"c": [], "o": [{"n": "ts", "t": "ASC"}]})";
+
+TEST_F(PolicyDocumentTest, RecordStoreAnswersQueries) {
+  const JsonOwner descriptor(json_loads(kAllOldestFirst, 0, nullptr));
+  const auto found = [&](int32_t document) {
+    const auto store = OpenPolicyDocument(document, dataPath.c_str());
+    return JsonOwner(store ? store->Query(descriptor.Get()) : nullptr);
+  };
+  EXPECT_TRUE(json_is_array(found(0).Get()));
+  EXPECT_EQ(json_array_size(found(0).Get()), 0U);
+  folder.Write("records.json", R"([{"ts": 2}, {"ts": 1}])");
+  const JsonOwner expected(json_loads(R"([{"ts": 1}, {"ts": 2}])", 0, nullptr));
+  EXPECT_TRUE(json_equal(found(0).Get(), expected.Get()));
+  folder.Write("documents/1.json", R"([{"ts": 2}, {"ts": 1}])");
+  EXPECT_FALSE(found(1));
+  const auto store = OpenPolicyDocument(0, dataPath.c_str());
+  ASSERT_TRUE(store);
+  EXPECT_EQ(store->Query(nullptr), nullptr);
+}
+
+TEST_F(PolicyDocumentTest, DamagedRecordStoreIsNone) {
+  folder.Write("documents/0.json", "[]");
+  for (const char* damage : {"", "[", "{}", "[{}, 1]", "[[]]", "[{\"ts\": 1, \"ts\": 2}]"}) {
+    folder.Write("records.json", damage);
+    EXPECT_FALSE(OpenPolicyDocument(0, dataPath.c_str())) << damage;
+  }
+}
+
 }  // namespace
 }  // namespace ostrell

@@ -2,9 +2,11 @@
 
 #include "app/report_driver.h"
 #include "app/report_gate.h"
+#include "env/client_id_provider.h"
 #include "env/report_clock.h"
 #include "platform/policydb.h"
 #include "reports/machine_information.h"
+#include "unified/unified_report.h"
 
 namespace ostrell {
 
@@ -24,7 +26,9 @@ void RunReportDriver() {
 
   MachineInformationJob(settings, now, serverInstructions);
   // The other jobs' places, in this order: detection log, pop-up block log, samples (which take the
-  // server's instructions), scan statistics, unified report.
+  // server's instructions), scan statistics.
+  DefaultClientIdProvider provider;
+  post_unified_report(settings, now, provider);
 
   WSACleanup();
 }

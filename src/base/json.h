@@ -15,4 +15,16 @@ struct JsonTraits {
 // One owned reference to a jansson value; text inside is UTF-8.
 using JsonOwner = Owner<JsonTraits>;
 
+// Text that jansson allocated; released by jansson's own function, whichever runtime it has.
+struct JsonTextTraits {
+  using Handle = char*;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle text) noexcept {
+    json_free_t release = nullptr;
+    json_get_alloc_funcs(nullptr, &release);
+    release(text);
+  }
+};
+using JsonText = Owner<JsonTextTraits>;
+
 }  // namespace ostrell

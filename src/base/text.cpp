@@ -1,17 +1,13 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace ostrell {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 constexpr char32_t kReplacement = 0xFFFD;
-
-char LowerCase(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A'))
-                                              : character;
-}
 
 constexpr bool IsHighSurrogate(char32_t unit) {
   return unit >= 0xD800 && unit < 0xDC00;
@@ -61,6 +57,10 @@ bool IsBlank(char character) {
   return kBlanks.find(character) != std::string_view::npos;
 }
 
+bool IsBlank(wchar_t character) {
+  return static_cast<uint32_t>(character) < 0x80 && IsBlank(static_cast<char>(character));
+}
+
 std::string_view TrimTrailingBlanks(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
@@ -74,7 +74,7 @@ std::string_view TrimBlanks(std::string_view text) {
 bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() &&
          std::equal(prefix.begin(), prefix.end(), text.begin(),
-                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+                    [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
 }
 
 std::string Utf8FromWide(std::wstring_view text) {

@@ -9,6 +9,13 @@ namespace ostrell {
 
 // Space, tab, line feed, vertical tab, form feed, carriage return.
 bool IsBlank(char character);
+bool IsBlank(wchar_t character);
+
+template <class Char>
+constexpr Char LowerAscii(Char character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<Char>(character + ('a' - 'A'))
+                                              : character;
+}
 
 // `text` without the blanks at its ends; an all-blank text becomes empty.
 std::string_view TrimBlanks(std::string_view text);

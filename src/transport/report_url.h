@@ -15,6 +15,8 @@ inline constexpr std::string_view kSampleQuestionUrl = "%s/v8/rc3.php?u=%s&h=%s&
 inline constexpr std::string_view kSampleUploadUrl = "%s/v8/rc3.php?u=%s&h=%s&regid=%s";
 inline constexpr std::string_view kScanStatisticsUrl = "%s/v8/rc4.php?v=5&u=%s&regid=%s";
 inline constexpr std::string_view kPopupBlockLogUrl = "%s/v8/rc5.php?u=%s&regid=%s";
+// Behind the client id provider's base URL, which brings its own "/v8".
+inline constexpr std::string_view kUnifiedReportUrl = "%s/rc7.php?u=%s&c=%d&s=%u&x=%u&regid=%s";
 
 // Capacities in bytes, terminator included. A longer URL is cut.
 inline constexpr size_t kReportUrlSize = 1024;

@@ -1,5 +1,6 @@
 #include "tests/system/agent_run.h"
 
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -13,6 +14,13 @@ namespace {
 const std::string kSource = OSTRELL_SOURCE;
 const std::string kWindowsBuild = OSTRELL_WINDOWS_BUILD;
 const std::string kPrefix = kSource + "/build/wine/system";
+
+const std::string kReceived = kPrefix + "/received";
+
+std::string EmptyFolder(const std::string& path) {
+  std::filesystem::remove_all(path);
+  return path;
+}
 
 int RunCommand(const std::string& command) {
   const int status = std::system(command.c_str());
@@ -86,6 +94,17 @@ std::string SampleProduct::SettingsText() const {
   return ReadText(SettingsFile());
 }
 
+std::vector<std::string> SampleProduct::Messages() const {
+  std::vector<std::string> messages;
+  std::istringstream lines(ReadText(BinFolder() / "tracelog.txt"));
+  for (std::string line; std::getline(lines, line);) {
+    const size_t colon = line.find(':');
+    const size_t text = line.find(' ', line.find(' ', colon) + 1);
+    messages.push_back(line.substr(0, colon) + line.substr(text));
+  }
+  return messages;
+}
+
 void SampleProduct::Registry(const std::string& arguments) const {
   EXPECT_EQ(RunCommand(Wine("-all") + "reg " + arguments + " >/dev/null 2>&1"), 0) << arguments;
 }
@@ -98,19 +117,23 @@ RunResult RunAgent(const std::string& channels) {
   return {exitCode, ReadText(trace)};
 }
 
-AgentServer::AgentServer() : server(ReportServerOptions{}) {
+AgentServer::AgentServer() : server(ReportServerOptions{.store = EmptyFolder(kReceived)}) {
   std::string why;
   EXPECT_TRUE(server.Start(&why)) << why;
 }
 
-std::vector<AgentServer::Request> AgentServer::Requests() const {
+std::vector<AgentServer::Request> AgentServer::Requests(const std::string& report) const {
   std::vector<Request> requests;
   for (const JsonOwner& line : server.Requests()) {
     const auto text = [&](const char* member) {
       const char* value = json_string_value(json_object_get(line.Get(), member));
       return std::string(value != nullptr ? value : "");
     };
-    Request request{text("report"),
+    if (!report.empty() && text("report") != report) {
+      continue;
+    }
+    Request request{json_integer_value(json_object_get(line.Get(), "number")),
+                    text("report"),
                     text("method"),
                     static_cast<int>(json_integer_value(json_object_get(line.Get(), "status"))),
                     {}};
@@ -122,6 +145,18 @@ std::vector<AgentServer::Request> AgentServer::Requests() const {
     requests.push_back(std::move(request));
   }
   return requests;
+}
+
+JsonOwner AgentServer::Body(const std::string& report) const {
+  std::string text;
+  int uploads = 0;
+  for (const Request& request : Requests(report)) {
+    if (request.method == "PUT") {
+      ++uploads;
+      text = ReadText(fmt::format("{}/{:04}.body", kReceived, request.number));
+    }
+  }
+  return JsonOwner(uploads == 1 ? json_loads(text.c_str(), 0, nullptr) : nullptr);
 }
 
 std::string ReadText(const std::filesystem::path& file) {

@@ -28,6 +28,9 @@ class SampleProduct {
   void SetNumber(const std::string& key, int32_t value) const;
   std::string SettingsText() const;
 
+  // What the agent logged, without line numbers and levels: "operation text".
+  std::vector<std::string> Messages() const;
+
   // Runs a registry command such as: add KEY /v NAME /d VALUE /f
   void Registry(const std::string& arguments) const;
 
@@ -49,12 +52,17 @@ class AgentServer {
   AgentServer();
 
   struct Request {
+    int64_t number;
     std::string report;
     std::string method;
     int status;
     std::map<std::string, std::string> query;
   };
-  std::vector<Request> Requests() const;
+  // Those of one report, or all.
+  std::vector<Request> Requests(const std::string& report = "") const;
+
+  // The unpacked body of the one upload of that report; nothing when there was none, or several.
+  JsonOwner Body(const std::string& report) const;
 
   ReportServer server;
 };

@@ -8,9 +8,9 @@ namespace {
 
 using testing::MatchesRegex;
 
-// The one request of a run.
+// The one machine information report of a run.
 AgentServer::Request OnlyRequest(const AgentServer& server) {
-  const auto requests = server.Requests();
+  const auto requests = server.Requests("rc1");
   EXPECT_EQ(requests.size(), 1u);
   return requests.empty() ? AgentServer::Request{} : requests.front();
 }
@@ -51,7 +51,7 @@ TEST(MachineInformation, SecondRunSendsTheGapAndKeepsTheTime) {
   const auto recorded = product.Time("rpttm_ui");
   EXPECT_EQ(RunAgent().exitCode, 0);
 
-  auto requests = server.Requests();
+  auto requests = server.Requests("rc1");
   ASSERT_EQ(requests.size(), 2u);
   auto& first = requests[0].query;
   auto& second = requests[1].query;
@@ -74,7 +74,7 @@ TEST(MachineInformation, OldTimeAdvancesAndTimeInTheFutureWraps) {
   const int64_t future = int64_t{1} << 40;
   product.SetTime("rpttm_ui", future);
   RunAgent();
-  const auto requests = server.Requests();
+  const auto requests = server.Requests("rc1");
   ASSERT_EQ(requests.size(), 2u);
   const uint64_t gap = std::stoull(requests[1].query.at("r"));
   EXPECT_GE(gap + static_cast<uint64_t>(future), static_cast<uint64_t>(*recorded));
@@ -98,7 +98,7 @@ TEST(MachineInformation, CustomerIdFromTheRegistryWithoutTheDocument) {
   RunAgent();
   std::filesystem::remove(document);
   RunAgent();
-  const auto requests = server.Requests();
+  const auto requests = server.Requests("rc1");
   ASSERT_EQ(requests.size(), 3u);
   EXPECT_EQ(requests[1].query.at("c"), "4711");
   EXPECT_EQ(requests[2].query.at("c"), "0");
@@ -120,7 +120,7 @@ TEST_P(VersionFile, WithoutAValidTextNothingIsSent) {
     WriteText(file, GetParam().text);
   }
   EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_TRUE(server.Requests().empty());
+  EXPECT_TRUE(server.Requests("rc1").empty());
   EXPECT_EQ(product.Time("rpttm_ui"), std::nullopt);
 }
 
@@ -137,7 +137,7 @@ TEST_P(BadAnswer, LeavesTheTimeUnchanged) {
   AgentServer server;
   server.server.SetFaults({GetParam()});
   EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_GE(server.Requests().size(), 1u);
+  EXPECT_GE(server.Requests("rc1").size(), 1u);
   EXPECT_EQ(product.Time("rpttm_ui"), std::nullopt);
 }
 

@@ -1,0 +1,124 @@
+#include "eventlog/render_record.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace eventlog {
+namespace {
+
+using testing::ThrowsMessage;
+
+EventRecord Read(std::wstring_view xml) {
+  EventRecord record;
+  EXPECT_TRUE(EventRecordFromXml(xml, record));
+  EXPECT_EQ(record.data, xml);
+  return record;
+}
+
+// Rendered as the service does it, with the levels and names of the message repeated at the end.
+TEST(EventRecordFromXml, ServiceControlManager) {
+  const EventRecord record = Read(
+      L"<Event xmlns='http://schemas.microsoft.com/win/2004/08/events/event'><System>"
+      L"<Provider Name='Service Control Manager' Guid='{555908d1}' EventSourceName='SCM'/>"
+      L"<EventID Qualifiers='49152'>7009</EventID><Version>0</Version><Level>2</Level>"
+      L"<Keywords>0x8080000000000000</Keywords>"
+      L"<TimeCreated SystemTime='2026-11-20T08:15:30.1234567Z'/>"
+      L"<Execution ProcessID='716' ThreadID='4120'/><Channel>System</Channel>"
+      L"<Computer>PC-17.example.test</Computer><Security/></System>"
+      L"<EventData><Data Name='param1'>30000 &amp; more</Data></EventData>"
+      L"<RenderingInfo Culture='en-US'><Level>Error</Level><Provider>SCM</Provider>"
+      L"</RenderingInfo></Event>");
+  EXPECT_EQ(record.eventId, 7009u);
+  EXPECT_EQ(record.level, 2u);
+  EXPECT_EQ(record.provider, L"Service Control Manager");
+  EXPECT_EQ(record.computer, L"PC-17.example.test");
+  EXPECT_EQ(record.processId, 0u);  // an attribute, and so not found
+  EXPECT_EQ(record.threadId, 0u);
+  const SYSTEMTIME& time = record.timeCreated;
+  EXPECT_EQ(time.wYear, 2026);
+  EXPECT_EQ(time.wMonth, 11);
+  EXPECT_EQ(time.wDay, 20);
+  EXPECT_EQ(time.wHour, 8);
+  EXPECT_EQ(time.wMinute, 15);
+  EXPECT_EQ(time.wSecond, 30);
+  EXPECT_EQ(time.wMilliseconds, 0);
+  EXPECT_EQ(time.wDayOfWeek, 0);
+}
+
+TEST(EventRecordFromXml, FieldsByTheFirstOccurrence) {
+  EXPECT_EQ(Read(L"<Level>4</Level><Level>1</Level>").level, 4u);
+  EXPECT_EQ(Read(L"<Level>9</Level>").level, 0u);
+  EXPECT_EQ(Read(L"<Level>-1</Level>").level, 0u);
+  EXPECT_EQ(Read(L"<Level></Level><Level>3</Level>").level, 0u);  // empty
+  EXPECT_EQ(Read(L"<Level>3").level, 0u);                         // no end
+  EXPECT_EQ(Read(L"<x Level='1'>5</x></Level>").level, 5u);       // any tag behind the name
+  EXPECT_EQ(Read(L"<EventID> 7 x</EventID>").eventId, 7u);
+  EXPECT_EQ(Read(L"<EventID>4294967295</EventID>").eventId, 4294967295u);
+  EXPECT_EQ(Read(L"<EventID>-1</EventID>").eventId, 4294967295u);
+  EXPECT_EQ(Read(L"<ProcessID>18446744073709551615</ProcessID>").processId, ~uint64_t{0});
+  EXPECT_EQ(Read(L"<ThreadID>5</ThreadID>").threadId, 5u);
+  EXPECT_EQ(Read(L"<Provider Name=''/><Provider Name='x'/>").provider, L"");
+  EXPECT_EQ(Read(L"<Provider Name=\"x\"/>").provider, L"");
+  EXPECT_EQ(Read(L"<Computer a='1'>PC</Computer>").computer, L"");
+  EXPECT_EQ(Read(L"no event at all").eventId, 0u);
+  EventRecord untouched;
+  EXPECT_FALSE(EventRecordFromXml(L"", untouched));
+}
+
+TEST(EventRecordFromXml, NumbersThatDoNotConvert) {
+  const auto reading = [](const wchar_t* xml) {
+    return [xml] {
+      EventRecord record;
+      EventRecordFromXml(xml, record);
+    };
+  };
+  const std::pair<const wchar_t*, const char*> invalid[] = {
+      {L"<EventID>x</EventID>", "invalid stoul argument"},
+      {L"<EventID> </EventID>", "invalid stoul argument"},
+      {L"<Level>two</Level>", "invalid stoi argument"},
+      {L"<ProcessID>-</ProcessID>", "invalid stoull argument"},
+      {L"<ThreadID>x</ThreadID>", "invalid stoull argument"}};
+  for (const auto& [xml, text] : invalid) {
+    EXPECT_THAT(reading(xml), ThrowsMessage<std::invalid_argument>(text)) << xml;
+  }
+  const std::pair<const wchar_t*, const char*> outOfRange[] = {
+      {L"<EventID>4294967296</EventID>", "stoul argument out of range"},
+      {L"<EventID>99999999999999999999</EventID>", "stoul argument out of range"},
+      {L"<EventID>-4294967296</EventID>", "stoul argument out of range"},
+      {L"<Level>2147483648</Level>", "stoi argument out of range"},
+      {L"<ProcessID>18446744073709551616</ProcessID>", "stoull argument out of range"}};
+  for (const auto& [xml, text] : outOfRange) {
+    EXPECT_THAT(reading(xml), ThrowsMessage<std::out_of_range>(text)) << xml;
+  }
+}
+
+TEST(EventRecordFromXml, Times) {
+  const struct {
+    const wchar_t* value;
+    uint16_t year, month, day, hour, minute, second;
+  } cases[] = {
+      {L"2026-11-20T08:15:30Z", 2026, 11, 20, 8, 15, 30},
+      {L"2026-11-20T08:15:30.123Z", 2026, 11, 20, 8, 15, 30},
+      {L"2026-11-20T08:15:30.123456789Z", 2026, 11, 20, 8, 15, 30},
+      {L" 2026- 1-+2T 3:4:5", 2026, 1, 2, 3, 4, 5},
+      {L"2026-11-20 08:15:30", 2026, 11, 20, 0, 0, 0},
+      {L"2026-11-20T08:15", 2026, 11, 20, 8, 15, 0},
+      {L"x", 0, 0, 0, 0, 0, 0},
+      {L"65537-1-1T0:0:0", 1, 1, 1, 0, 0, 0},  // 16 bits hold no more
+  };
+  for (const auto& c : cases) {
+    const SYSTEMTIME time =
+        Read(L"<TimeCreated SystemTime='" + std::wstring(c.value) + L"'/>").timeCreated;
+    EXPECT_EQ(time.wYear, c.year) << c.value;
+    EXPECT_EQ(time.wMonth, c.month) << c.value;
+    EXPECT_EQ(time.wDay, c.day) << c.value;
+    EXPECT_EQ(time.wHour, c.hour) << c.value;
+    EXPECT_EQ(time.wMinute, c.minute) << c.value;
+    EXPECT_EQ(time.wSecond, c.second) << c.value;
+  }
+}
+
+}  // namespace
+}  // namespace eventlog

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "eventlog/event_record.h"
+#include "eventlog/evt_api.h"
+#include "eventlog/filters.h"
+
+namespace eventlog {
+
+// A session with the event log service, which evaluates queries itself. Failures show as empty
+// results and in the last error's text.
+class EventLogSession {
+ public:
+  // `server` is empty for the local computer; another is connected to by remote procedure call.
+  explicit EventLogSession(const std::wstring& server, const EvtApi& functions = LoadedEvtApi());
+
+  // The records of a channel of this computer, oldest first, that a provider wrote (any when empty)
+  // and `composite` lets pass. Filters that cannot be put into the query's text test the records
+  // here. An event that cannot be rendered is skipped. A channel that this computer does not have
+  // is empty without an error; a query whose text would not fit 4096 characters is not run.
+  //
+  // A number in an event that does not convert throws (render_record.h); all handles are closed.
+  std::vector<EventRecord> QueryEvents(const std::wstring& channel, const std::wstring& provider,
+                                       const CompositeFilter& composite);
+
+  // The channels of this computer whose names have fewer than 260 characters, asked anew at every
+  // call.
+  std::set<std::wstring> EnumerateChannels() const;
+
+  bool IsOpen() const { return isOpen; }
+  // The text of the last failure; a success leaves it.
+  const std::wstring& LastError() const { return lastError; }
+
+ private:
+  void Fail(uint32_t code) { lastError = api.errorText(code); }
+
+  EvtHandle session;  // empty for the local computer
+  std::wstring lastError;
+  bool isOpen = true;
+  const EvtApi& api;
+};
+
+}  // namespace eventlog

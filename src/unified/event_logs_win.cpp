@@ -1,0 +1,148 @@
+#include "unified/event_logs_win.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <ctime>
+#include <cwchar>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "base/calendar.h"
+#include "base/text.h"
+#include "eventlog/classic_reader.h"
+#include "eventlog/filters.h"
+#include "eventlog/session.h"
+#include "platform/tracelog.h"
+#include "unified/event_fields.h"
+#include "unified/event_logs.h"
+#include "unified/local_time_win.h"
+#include "unified/report_item.h"
+
+namespace ostrell {
+namespace {
+
+using eventlog::CompositeFilter;
+using eventlog::EventRecord;
+
+constexpr uint32_t kApplicationError = 1000;
+
+struct EventQuery {
+  const wchar_t* channel;
+  const wchar_t* provider;
+  std::vector<uint32_t> ids;
+};
+
+// In the order of the report.
+const std::array<EventQuery, 2>& EventQueries() {
+  static const std::array<EventQuery, 2> queries = {{
+      {L"Application", L"Application Error", {kApplicationError}},
+      {L"System", L"Service Control Manager", {7000, 7009}},
+  }};
+  return queries;
+}
+
+CompositeFilter FilterOf(const EventQuery& query, int64_t tmStart, int64_t tmEnd) {
+  CompositeFilter filter;
+  filter.Add(std::make_unique<eventlog::TimeRangeFilter>(tmStart, tmEnd));
+  filter.Add(std::make_unique<eventlog::EventIdFilter>(query.ids));
+  filter.Add(std::make_unique<eventlog::CustomFilter>(
+      [](const EventRecord& record) { return NamesProduct(record.data); }));
+  return filter;
+}
+
+std::vector<EventRecord> ReadClassic(const EventQuery& query, const CompositeFilter& filter,
+                                     const eventlog::ClassicEventLogApi& api) {
+  eventlog::LegacyEventLogReader reader({}, true, api);
+  std::vector<EventRecord> records = reader.ReadEvents(query.channel, filter);
+  std::erase_if(records, [&](const EventRecord& record) {
+    return _wcsicmp(record.provider.c_str(), query.provider) != 0;
+  });
+  return records;
+}
+
+int64_t TimeOf(const EventRecord& record) {
+  const auto ticks = TicksFromSystemTime(record.timeCreated);
+  return ticks ? LocalTimeSeconds({static_cast<DWORD>(*ticks), static_cast<DWORD>(*ticks >> 32)})
+               : 0;
+}
+
+CollectedEvent Collected(EventRecord&& record, const EventQuery& query) {
+  ApplicationFields application;
+  if (record.eventId == kApplicationError) {
+    application = ExtractApplicationFields(record.data);
+  }
+  return {TimeOf(record),
+          record.eventId,
+          std::move(record.provider),
+          std::move(record.data),
+          query.channel,
+          std::move(application.name),
+          std::move(application.timestamp)};
+}
+
+JsonOwner ItemOf(const CollectedEvent& event) {
+  JsonOwner item = NewReportItem("syslog", event.provider, event.time);
+  json_object_set_new(item.Get(), "pattern", json_integer(event.eventId));
+  if (!event.applicationName.empty()) {
+    json_object_set_new(item.Get(), "eventdata",
+                        json_string(Utf8FromWide(event.applicationName).c_str()));
+  }
+  if (!event.applicationTimestamp.empty()) {
+    const std::string digits = Utf8FromWide(event.applicationTimestamp);
+    const auto time = static_cast<json_int_t>(std::strtoull(digits.c_str(), nullptr, 16));
+    json_object_set_new(item.Get(), "exe-time", json_integer(time));
+  }
+  return item;
+}
+
+}  // namespace
+
+bool HasModernEventLog(const SystemApi& api) {
+  OSVERSIONINFOEXW version{};
+  static_assert(sizeof(version) == 284);
+  version.dwOSVersionInfoSize = sizeof(version);
+  return api.rtlGetVersion && api.rtlGetVersion(&version) >= 0 && version.dwMajorVersion >= 6;
+}
+
+size_t QueryProductEvents(bool isModern, int64_t tmStart, std::vector<CollectedEvent>& events,
+                          const eventlog::EvtApi& modern,
+                          const eventlog::ClassicEventLogApi& classic) {
+  const int64_t tmEnd = std::time(nullptr);
+  for (const EventQuery& query : EventQueries()) {
+    const CompositeFilter filter = FilterOf(query, tmStart, tmEnd);
+    std::vector<EventRecord> records;
+    try {
+      records = isModern ? eventlog::EventLogSession({}, modern)
+                               .QueryEvents(query.channel, query.provider, filter)
+                         : ReadClassic(query, filter, classic);
+    } catch (const std::logic_error&) {  // a number of an event that does not convert
+      continue;
+    }
+    for (EventRecord& record : records) {
+      events.push_back(Collected(std::move(record), query));
+    }
+  }
+  return events.size();
+}
+
+JsonOwner collect_event_logs(int64_t tmStart) {
+  std::vector<CollectedEvent> events;
+  const size_t count = QueryProductEvents(HasModernEventLog(SystemApi::Loaded()), tmStart, events);
+  TraceLogger("collect_event_logs", __LINE__, 1)(
+      L"Event log collection completed, found %d matching events within time range", count);
+  if (count == 0) {
+    TraceLogger("collect_event_logs", __LINE__, 1)(L"No events to collect, return NULL");
+    return {};
+  }
+  JsonOwner items(json_array());
+  for (const CollectedEvent& event : events) {
+    json_array_append_new(items.Get(), ItemOf(event).Release());
+  }
+  TraceLogger("collect_event_logs", __LINE__, 1)(L"All events converted to JSON, %d entries total",
+                                                 json_array_size(items.Get()));
+  return items;
+}
+
+}  // namespace ostrell

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace ostrell {
+
+// Finds the lines of a text log that contain a text, ASCII letters compared without regard to case.
+//
+// The bytes have the meaning of a text stream: CR LF is one line end, CR alone is part of the line,
+// byte 0x1A ends the file (what stands before it on its line counts), a NUL is a character like any
+// other, and the last line needs no end.
+//
+// The file is read once, in large blocks, and only a line that matches is put together; when it
+// began before the bytes at hand it is read again from its start. So memory is a block and the
+// longest matching line, whatever other lines there are.
+
+// Reads up to `to.size()` bytes at `offset` and returns how many; 0 at the end or on failure, which
+// ends the file there. It may give fewer than asked for.
+using LogReader = std::function<size_t(uint64_t offset, std::span<char> to)>;
+
+inline constexpr size_t kLogBlock = size_t{1} << 18;
+
+// Calls `onLine` with each matching line in file order, without its line end. `signature` is in
+// lower case and holds neither CR, LF nor 0x1A; an empty one matches nothing. `blockSize` is at
+// least 1. The file may grow or shrink meanwhile: a line that no longer contains the signature when
+// it is read again is left out.
+void ScanLog(const LogReader& read, std::string_view signature,
+             const std::function<void(std::string line)>& onLine, size_t blockSize = kLogBlock);
+
+}  // namespace ostrell

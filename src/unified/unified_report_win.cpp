@@ -1,0 +1,146 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "base/arithmetic.h"
+#include "env/report_schedule.h"
+#include "env/report_settings.h"
+#include "platform/tracelog.h"
+#include "transport/report_url.h"
+#include "transport/upload_report.h"
+#include "unified/dump_files.h"
+#include "unified/event_logs.h"
+#include "unified/log_stats.h"
+#include "unified/unified_report.h"
+
+namespace ostrell {
+namespace {
+
+constexpr auto kOperation = "post_unified_report";
+
+// In the order of the report; each takes the start of the period.
+constexpr std::array kCollectors = {&collect_dump_files, &collect_log_stats, &collect_event_logs};
+
+int64_t LastReport(const Settings& settings) {
+  return ReadLastReportTime(settings, kUnifiedReportTime.key);
+}
+
+// In seconds; read once.
+int64_t MinReportInterval() {
+  static const int64_t interval = ReadMinReportInterval();
+  return interval;
+}
+
+// All collectors run before the first result is merged.
+void AppendCollected(int64_t tmStart, json_t* unified) {
+  std::array<JsonOwner, kCollectors.size()> collected;
+  std::ranges::transform(kCollectors, collected.begin(),
+                         [tmStart](auto collector) { return collector(tmStart); });
+  for (JsonOwner& items : collected) {
+    json_array_extend(unified, items.Get());
+    items.Reset();
+  }
+}
+
+ReportUrl<> UnifiedReportUrl(IClientIdProvider& provider) {
+  return ReportUrl<>::Print(kUnifiedReportUrl, provider.ReportBaseUrl(), provider.MachineId(),
+                            static_cast<int32_t>(provider.CustomerId()), provider.SystemCode(0),
+                            provider.ProcessorClass(0), provider.ClientId());
+}
+
+// Uploads the array, which is released before. Returns the upload's result, 0 on any failure.
+int32_t Send(JsonOwner unified, IClientIdProvider& provider) {
+  const size_t count = json_array_size(unified.Get());
+  const JsonText body(json_dumps(unified.Get(), JSON_COMPACT));
+  unified.Reset();
+  if (!body) {
+    TraceLogger(kOperation, __LINE__, 1)(L"json_dumps failed for unified report array");
+    return 0;
+  }
+  const int32_t result =
+      UploadReport(UnifiedReportUrl(provider).CStr(), body.Get(),
+                   static_cast<uint32_t>(std::strlen(body.Get())), nullptr, nullptr);
+  TraceLogger(kOperation, __LINE__, 1)(L"Unified report completed: %u items, result=%d", count,
+                                       result);
+  return result;
+}
+
+}  // namespace
+
+bool post_unified_report(const Settings& settings, int64_t tmNow, IClientIdProvider& provider) {
+  const int64_t last = LastReport(settings);
+  const int64_t interval = MinReportInterval();
+  TraceLogger(kOperation, __LINE__, 1)(L"Unified report minimum interval: %lld seconds", interval);
+  const int64_t start = std::max(WrappingDifference(tmNow, kLookBack), last);
+  TraceLogger(kOperation, __LINE__, 1)(
+      L"Start unified reporting: tm_now=%lld, earliest_last_report=%lld, tm_start=%lld", tmNow,
+      last, start);
+  cleanup_old_dump_files(tmNow);
+
+  if (!IsDue({kUnifiedReportTime.key, kUnifiedReportTime.test, interval}, {last, start}, tmNow)) {
+    TraceLogger(kOperation, __LINE__, 1)(
+        L"Time interval not exceeded (%lld < %lld), skip unified reporting",
+        WrappingDifference(tmNow, last), interval);
+    return false;
+  }
+  JsonOwner unified(json_array());
+  if (!unified) {
+    TraceLogger(kOperation, __LINE__, 1)(L"Failed to create unified JSON array, exit");
+    return false;
+  }
+  AppendCollected(start, unified.Get());
+  const size_t count = json_array_size(unified.Get());
+  if (count == 0) {
+    TraceLogger(kOperation, __LINE__, 1)(L"No items to report in unified report, exit");
+    return false;
+  }
+  TraceLogger(kOperation, __LINE__, 1)(L"Collected %u total items for unified reporting", count);
+  add_common_fields_to_unified_array(unified.Get(), provider,
+                                     WrappingDifference(tmNow, LastReport(settings)));
+  if (Send(std::move(unified), provider) == 0) {
+    return false;
+  }
+  WriteLastReportTime(settings, kUnifiedReportTime.key, tmNow);
+  return true;
+}
+
+void add_common_fields_to_unified_array(json_t* array, IClientIdProvider& provider,
+                                        int64_t secondsSinceLastReport) {
+  const size_t count = json_array_size(array);
+  if (count == 0) {
+    return;
+  }
+  uint32_t major = 0;
+  uint32_t minor = 0;
+  uint32_t build = 0;
+  uint32_t revision = 0;
+  const char* const machineId = provider.MachineId();
+  const auto customerId = static_cast<int32_t>(provider.CustomerId());
+  JsonOwner fields(json_object());
+  const auto set = [&fields](const char* key, json_t* value) {
+    json_object_set_new(fields.Get(), key, value);
+  };
+  set("u", json_string(machineId));
+  set("c", json_integer(customerId));
+  set("v", json_string(provider.ProductVersion()));
+  set("d", json_integer(static_cast<json_int_t>(provider.SignatureVersion())));
+  set("s", json_integer(provider.SystemCode(0)));
+  set("x", json_integer(provider.ProcessorClass(0)));
+  provider.KernelVersion(&major, &minor, &build, &revision);
+  set("ma", json_integer(major));
+  set("mi", json_integer(minor));
+  set("bu", json_integer(build));
+  set("re", json_integer(revision));
+  set("r", json_integer(secondsSinceLastReport));
+
+  size_t index = 0;
+  json_t* item = nullptr;
+  json_array_foreach(array, index, item) {
+    json_object_update(item, fields.Get());
+  }
+  TraceLogger("add_common_fields_to_unified_array", __LINE__, 1)(
+      L"Added common fields to all %u items", count);
+}
+
+}  // namespace ostrell
