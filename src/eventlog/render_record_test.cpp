@@ -1,14 +1,11 @@
 #include "eventlog/render_record.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 namespace eventlog {
 namespace {
-
-using testing::ThrowsMessage;
 
 EventRecord Read(std::wstring_view xml) {
   EventRecord record;
@@ -68,29 +65,18 @@ TEST(EventRecordFromXml, FieldsByTheFirstOccurrence) {
 }
 
 TEST(EventRecordFromXml, NumbersThatDoNotConvert) {
-  const auto reading = [](const wchar_t* xml) {
-    return [xml] {
-      EventRecord record;
-      EventRecordFromXml(xml, record);
-    };
-  };
-  const std::pair<const wchar_t*, const char*> invalid[] = {
-      {L"<EventID>x</EventID>", "invalid stoul argument"},
-      {L"<EventID> </EventID>", "invalid stoul argument"},
-      {L"<Level>two</Level>", "invalid stoi argument"},
-      {L"<ProcessID>-</ProcessID>", "invalid stoull argument"},
-      {L"<ThreadID>x</ThreadID>", "invalid stoull argument"}};
-  for (const auto& [xml, text] : invalid) {
-    EXPECT_THAT(reading(xml), ThrowsMessage<std::invalid_argument>(text)) << xml;
+  for (const wchar_t* xml :
+       {L"<EventID>x</EventID>", L"<EventID> </EventID>", L"<Level>two</Level>",
+        L"<ProcessID>-</ProcessID>", L"<ThreadID>x</ThreadID>"}) {
+    EventRecord record;
+    EXPECT_THROW(EventRecordFromXml(xml, record), std::invalid_argument) << xml;
   }
-  const std::pair<const wchar_t*, const char*> outOfRange[] = {
-      {L"<EventID>4294967296</EventID>", "stoul argument out of range"},
-      {L"<EventID>99999999999999999999</EventID>", "stoul argument out of range"},
-      {L"<EventID>-4294967296</EventID>", "stoul argument out of range"},
-      {L"<Level>2147483648</Level>", "stoi argument out of range"},
-      {L"<ProcessID>18446744073709551616</ProcessID>", "stoull argument out of range"}};
-  for (const auto& [xml, text] : outOfRange) {
-    EXPECT_THAT(reading(xml), ThrowsMessage<std::out_of_range>(text)) << xml;
+  for (const wchar_t* xml :
+       {L"<EventID>4294967296</EventID>", L"<EventID>99999999999999999999</EventID>",
+        L"<EventID>-4294967296</EventID>", L"<Level>2147483648</Level>",
+        L"<ProcessID>18446744073709551616</ProcessID>"}) {
+    EventRecord record;
+    EXPECT_THROW(EventRecordFromXml(xml, record), std::out_of_range) << xml;
   }
 }
 
