@@ -32,6 +32,7 @@ using EventObject = std::variant<EventSession, ChannelEnumeration, EventResults,
 class EventHandles {
  public:
   EVT_HANDLE Add(EventObject object) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     const EVT_HANDLE handle = reinterpret_cast<EVT_HANDLE>(next);
     objects.emplace(handle, std::move(object));
     next += kStep;

@@ -97,7 +97,7 @@ HttpAnswer TicketAnswer(const TicketPlace& place, ActiveFaults& faults) {
   if (!faults.Acts(Fault::kNoHeader)) {
     json_object_set_new(ticket.Get(), "header", TicketHeader(place, faults).Release());
   }
-  std::string body = CompactText(ticket.Get());
+  std::string body = CompactText(ticket);
   return {.body = faults.Acts(Fault::kBig) ? Padded(std::move(body)) : std::move(body)};
 }
 

@@ -15,14 +15,4 @@ JsonOwner JsonString(std::string_view text) {
   return value;
 }
 
-std::string CompactText(const json_t* value) {
-  std::string text;
-  const auto append = [](const char* part, size_t size, void* to) {
-    static_cast<std::string*>(to)->append(part, size);
-    return 0;
-  };
-  json_dump_callback(value, append, &text, JSON_COMPACT | JSON_ENCODE_ANY);
-  return text;
-}
-
 }  // namespace ostrell

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 #include "base/json.h"
@@ -9,9 +8,5 @@ namespace ostrell {
 
 // A JSON string of any bytes: where they are not UTF-8, each byte past ASCII becomes "?".
 JsonOwner JsonString(std::string_view text);
-
-// The value on one line without needless white space, members in the order they were set. Empty
-// when there is no value.
-std::string CompactText(const json_t* value);
 
 }  // namespace ostrell

@@ -71,7 +71,7 @@ std::string LineOf(uint64_t number, const RequestRecord& record) {
   if (record.body) {
     SetBody(line.Get(), record);
   }
-  return CompactText(line.Get());
+  return CompactText(line);
 }
 
 std::string RequestText(const HttpRequest& request) {

@@ -27,6 +27,12 @@ namespace ostrell {
 inline constexpr uint64_t kTicksPerSecond = 10000000;
 inline constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
 
+#ifdef _WIN32
+constexpr FILETIME FileTimeFromTicks(uint64_t ticks) {
+  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+#endif
+
 // Ticks of a time in seconds since 1970; wraps for times that ticks cannot hold.
 constexpr uint64_t TicksFromSeconds(int64_t seconds) {
   return (static_cast<uint64_t>(seconds) + static_cast<uint64_t>(kSecondsFrom1601To1970)) *

@@ -10,7 +10,7 @@ namespace {
 // The system's own conversions, at steps that meet every kind of year and time of day.
 TEST(Calendar, AgreesWithTheSystem) {
   for (uint64_t ticks = 0; ticks < 0x7FFE000000000000; ticks += 0x0000ABCDEF123457 * 7) {
-    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    const FILETIME time = FileTimeFromTicks(ticks);
     SYSTEMTIME expected{};
     ASSERT_TRUE(FileTimeToSystemTime(&time, &expected));
     const auto utc = SystemTimeFromTicks(ticks);

@@ -2,6 +2,8 @@
 
 #include <jansson.h>
 
+#include <string>
+
 #include "base/owner.h"
 
 namespace ostrell {
@@ -26,5 +28,12 @@ struct JsonTextTraits {
   }
 };
 using JsonText = Owner<JsonTextTraits>;
+
+// The array or object on one line without needless white space, members in the order they were set.
+// Empty when there is none.
+inline std::string CompactText(const JsonOwner& value) {
+  const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
+  return text ? text.Get() : "";
+}
 
 }  // namespace ostrell

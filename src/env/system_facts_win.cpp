@@ -21,17 +21,20 @@ Function* FindFunction(const wchar_t* module, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(GetProcAddress(loaded, name)));
 }
 
-std::optional<OSVERSIONINFOEXW> QueryVersion(const SystemApi& api) {
+OSVERSIONINFOEXW EmptyVersion() {
   OSVERSIONINFOEXW version{};
   static_assert(sizeof(version) == 284);
   version.dwOSVersionInfoSize = sizeof(version);
-  if (api.rtlGetVersion && api.rtlGetVersion(&version) >= 0) {
+  return version;
+}
+
+std::optional<OSVERSIONINFOEXW> QueryVersion(const SystemApi& api) {
+  if (const auto version = QueryRtlVersion(api)) {
     return version;
   }
-  if (api.getVersionEx(reinterpret_cast<OSVERSIONINFOW*>(&version))) {
-    return version;
-  }
-  return std::nullopt;
+  OSVERSIONINFOEXW version = EmptyVersion();
+  return api.getVersionEx(reinterpret_cast<OSVERSIONINFOW*>(&version)) != 0 ? std::optional(version)
+                                                                            : std::nullopt;
 }
 
 // As long as this lives, a 32-bit process sees the real System32 folder.
@@ -69,6 +72,12 @@ const SystemApi& SystemApi::Loaded() {
       .revertRedirection = FindFunction<decltype(Wow64RevertWow64FsRedirection)>(
           L"kernel32", "Wow64RevertWow64FsRedirection")};
   return api;
+}
+
+std::optional<OSVERSIONINFOEXW> QueryRtlVersion(const SystemApi& api) {
+  OSVERSIONINFOEXW version = EmptyVersion();
+  return api.rtlGetVersion && api.rtlGetVersion(&version) >= 0 ? std::optional(version)
+                                                               : std::nullopt;
 }
 
 std::optional<OperatingSystem> QueryOperatingSystem(const SystemApi& api) {

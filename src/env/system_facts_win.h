@@ -26,6 +26,9 @@ struct SystemApi {
   static const SystemApi& Loaded();
 };
 
+// What RtlGetVersion says; nothing when it is missing or fails.
+std::optional<OSVERSIONINFOEXW> QueryRtlVersion(const SystemApi& api);
+
 std::optional<OperatingSystem> QueryOperatingSystem(const SystemApi& api);
 
 // Asks anew at every call.

@@ -15,12 +15,12 @@ struct ModuleTraits {
 };
 using WevtApiModule = ostrell::Owner<ModuleTraits>;
 
-const WevtApiModule wevtApi(LoadLibraryA("wevtapi.dll"));
+const WevtApiModule kWevtApi(LoadLibraryA("wevtapi.dll"));
 
 // Calls the function of that name; an empty result when it is missing.
 template <class Function, class... Args>
 auto Call(const char* name, Args... args) -> decltype(std::declval<Function*>()(args...)) {
-  const FARPROC found = wevtApi ? GetProcAddress(wevtApi.Get(), name) : nullptr;
+  const FARPROC found = kWevtApi ? GetProcAddress(kWevtApi.Get(), name) : nullptr;
   if (found == nullptr) {
     return {};
   }

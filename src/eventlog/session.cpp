@@ -28,13 +28,13 @@ struct RpcLogin {
 
 // The next events, at most a batch; none at the end and on failure.
 std::vector<EvtHandle> NextEvents(const EvtHandle& results, const EvtApi& api) {
+  std::vector<EvtHandle> events;
+  events.reserve(kBatch);  // before there are handles that a failure could lose
   std::array<void*, kBatch> handles{};
   uint32_t count = 0;
   if (!api.next(results.Get().handle, kBatch, handles.data(), kNoTimeout, 0, &count)) {
-    return {};
+    return events;
   }
-  std::vector<EvtHandle> events;
-  events.reserve(kBatch);
   for (size_t i = 0; i < std::min<size_t>(count, kBatch); ++i) {
     events.emplace_back(EvtHandleValue{handles[i], &api});
   }

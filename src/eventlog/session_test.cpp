@@ -34,6 +34,7 @@ struct FakeService {
       return nullptr;
     }
     closed[++lastHandle] = 0;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number
     return reinterpret_cast<void*>(lastHandle);
   }
   bool EveryHandleClosedOnce() const {
@@ -127,8 +128,8 @@ std::wstring Event(int id) {
 
 class SessionTest : public testing::Test {
  protected:
-  SessionTest() { service = &fake; }
-  ~SessionTest() override {
+  void SetUp() override { service = &fake; }
+  void TearDown() override {
     EXPECT_TRUE(fake.EveryHandleClosedOnce());
     service = nullptr;
   }

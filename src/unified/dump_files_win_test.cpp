@@ -16,23 +16,14 @@ std::string Text(const DumpBytes& dump) {
   return {reinterpret_cast<const char*>(dump.bytes.data()), dump.bytes.size()};
 }
 
-std::string Text(const JsonOwner& value) {
-  const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
-  return text ? text.Get() : "";
-}
-
-FILETIME FileTime(int64_t seconds) {
-  const uint64_t ticks = TicksFromSeconds(seconds);
-  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
-
 constexpr int64_t kWritten = 1740819600;
 
 class DumpFilesTest : public testing::Test {
  protected:
   // The time that the unified report gives it.
   int64_t Dump(const wchar_t* name, std::string_view content, int64_t seconds = kWritten) {
-    return ProgramFiles::SetTime(files.Write(name, content), FileTime(seconds));
+    return ProgramFiles::SetTime(files.Write(name, content),
+                                 FileTimeFromTicks(TicksFromSeconds(seconds)));
   }
 
   ProgramFiles files;
@@ -47,7 +38,7 @@ TEST_F(DumpFilesTest, CollectsBesideTheProgramAndAbove) {
   const JsonOwner items = collect_dump_files(kWritten - 100000);
   // Of the one above, a file of its name in the current folder would be read.
   EXPECT_EQ(
-      Text(items),
+      CompactText(items),
       R"([{"report_type":"dmp_files","name":"d)"
       "\u00fc"
       R"(mp.dmp","timestamp":)" +

@@ -64,8 +64,7 @@ std::vector<EventRecord> ReadClassic(const EventQuery& query, const CompositeFil
 
 int64_t TimeOf(const EventRecord& record) {
   const auto ticks = TicksFromSystemTime(record.timeCreated);
-  return ticks ? LocalTimeSeconds({static_cast<DWORD>(*ticks), static_cast<DWORD>(*ticks >> 32)})
-               : 0;
+  return ticks ? LocalTimeSeconds(FileTimeFromTicks(*ticks)) : 0;
 }
 
 CollectedEvent Collected(EventRecord&& record, const EventQuery& query) {
@@ -100,10 +99,8 @@ JsonOwner ItemOf(const CollectedEvent& event) {
 }  // namespace
 
 bool HasModernEventLog(const SystemApi& api) {
-  OSVERSIONINFOEXW version{};
-  static_assert(sizeof(version) == 284);
-  version.dwOSVersionInfoSize = sizeof(version);
-  return api.rtlGetVersion && api.rtlGetVersion(&version) >= 0 && version.dwMajorVersion >= 6;
+  const auto version = QueryRtlVersion(api);
+  return version && version->dwMajorVersion >= 6;
 }
 
 size_t QueryProductEvents(bool isModern, int64_t tmStart, std::vector<CollectedEvent>& events,

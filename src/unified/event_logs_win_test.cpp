@@ -18,14 +18,7 @@ constexpr auto kManager = "Service Control Manager";
 
 // 2026-11-20 08:15:30 UTC, as the unified report dates it.
 std::string EventTime() {
-  const uint64_t ticks = TicksFromSeconds(1795162530);
-  return std::to_string(
-      LocalTimeSeconds({static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)}));
-}
-
-std::string Text(const JsonOwner& value) {
-  const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
-  return text ? text.Get() : "";
+  return std::to_string(LocalTimeSeconds(FileTimeFromTicks(TicksFromSeconds(1795162530))));
 }
 
 RecordedEventText Crash(const std::string& data) {
@@ -68,7 +61,7 @@ TEST_F(EventLogsTest, ItemsOfBothChannels) {
       R"({"report_type":"syslog","name":"Application Error",)" + time + R"(,"pattern":1000,)";
   const std::string manager = R"({"report_type":"syslog","name":"Service Control Manager",)" + time;
   // Without named elements the words of the XML text itself are taken.
-  EXPECT_EQ(Text(collect_event_logs(kStart)),
+  EXPECT_EQ(CompactText(collect_event_logs(kStart)),
             "[" + crash + R"("eventdata":"a.exe","exe-time":3302122928},)" + crash +
                 R"("eventdata":"b.exe"},)" + crash + R"("eventdata":"<Event","exe-time":0},)" +
                 manager + R"(,"pattern":7000},)" + manager + R"(,"pattern":7009}])");

@@ -31,7 +31,8 @@ constexpr Stamp kStamps[] = {
 };
 
 TEST(LocalTime, LogLines) {
-  const std::string zone = std::getenv("OSTRELL_TEST_ZONE");
+  const char* const zone = std::getenv("OSTRELL_TEST_ZONE");
+  ASSERT_NE(zone, nullptr);
   const std::map<std::string, int64_t Stamp::*> zones = {
       {"UTC", &Stamp::utc}, {"Europe/Berlin", &Stamp::berlin}, {"Asia/Kolkata", &Stamp::kolkata}};
   for (const Stamp& stamp : kStamps) {

@@ -36,15 +36,16 @@ int64_t TimestampOf(const JsonOwner& items) {
 }
 
 TEST(LocalTime, DumpsAndEvents) {
-  const std::string zone = std::getenv("OSTRELL_TEST_ZONE");
+  const char* const named = std::getenv("OSTRELL_TEST_ZONE");
+  ASSERT_NE(named, nullptr);
+  const std::string zone = named;
   const int64_t fixed = zone == "Asia/Kolkata" ? 19800 : 0;
   for (const Instant& instant : kInstants) {
     const int64_t offset = zone == "Europe/Berlin" ? instant.berlin : fixed;
     const int64_t expected = instant.seconds + OffsetOfToday() - offset;
     ProgramFiles files;
-    const uint64_t ticks = TicksFromSeconds(instant.seconds);
     ProgramFiles::SetTime(files.Write(L"zone.dmp", "x"),
-                          {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)});
+                          FileTimeFromTicks(TicksFromSeconds(instant.seconds)));
     EXPECT_EQ(TimestampOf(collect_dump_files(0)), expected) << zone << " " << instant.text;
 
     files.Write(L"events\\System.xml", RecordedEventText{.provider = "Service Control Manager",

@@ -22,83 +22,82 @@ struct LogCase {
   Lines lines;
 };
 
-std::vector<LogCase> LogCases() {
-  const std::string longText(300, '.');
-  return {
-      {"ab", "", {}},
-      {"ab", "a", {}},
-      {"ab", "\n\n", {}},
-      {"", "ab\n", {}},
-      {"b", "a\nb\nB\nc", {"b", "B"}},
-      {"ab", "ab", {"ab"}},
-      {"ab", "xab\nba\nabx\n", {"xab", "abx"}},
-      {"ab", "AB\naB\nAb\n", {"AB", "aB", "Ab"}},
-      {"ab", "a\nb\na b\naab\naaab", {"aab", "aaab"}},
-      {"abab", "abaabab abab\nabab", {"abaabab abab", "abab"}},
-      // One report a line, however often it matches.
-      {"ab", "ab ab ab\nabab\n\nab", {"ab ab ab", "abab", "ab"}},
-      // Only ASCII letters fold, and only to the other case.
-      {"0 failed",
-       "10 FAILED\n0 Failed\n\x10 failed\n0\0failed\n0 fai\xCC"
-       "ed"s,
-       {"10 FAILED", "0 Failed"}},
-      {"@[`{", "`{@[\n@{`{\n@[`[\n@[`{", {"@[`{"}},
-      {"startservice:: 0x00000005",
-       "[2025] StartService:: 0X00000005.\nStartService:: 0x00000006\nStartService: 0x00000005\n",
-       {"[2025] StartService:: 0X00000005."}},
-      // Line ends.
-      {"ab", "ab\r\nxab\r\n", {"ab", "xab"}},
-      {"ab", "ab\r\r\nab\rx\n\rab\r\n", {"ab\r", "ab\rx", "\rab"}},
-      {"ab", "x\r\nab\r", {"ab\r"}},
-      {"ab", "a\rb\na\r\nb\n\rab", {"\rab"}},
-      // The end-of-file byte.
-      {"ab", "xab\x1Ayab\nab\n", {"xab"}},
-      {"ab", "xab yz\x1A\nab\n", {"xab yz"}},
-      {"ab", "ab\nx\x1A ab\nab\n", {"ab"}},
-      {"ab",
-       "a\x1A"
-       "b\nab\n",
-       {}},
-      {"ab",
-       "\x1A"
-       "ab\n",
-       {}},
-      {"ab",
-       "ab\n\x1A"
-       "ab\n",
-       {"ab"}},
-      {"ab", "ab\r\x1A\n", {"ab\r"}},
-      {"ab", "ab\x1A", {"ab"}},
-      // NUL, byte-order mark, bytes past ASCII.
-      {"ab",
-       "x\0ab\0y\n\0\0\n"s + std::string(200, '\0') + "ab",
-       {"x\0ab\0y"s, std::string(200, '\0') + "ab"}},
-      {"ab",
-       "\xEF\xBB\xBF"
-       "ab\n\x80\xFF"
-       "ab\xE1\n",
-       {"\xEF\xBB\xBF"
-        "ab",
-        "\x80\xFF"
-        "ab\xE1"}},
-      // Lines longer than a block.
-      {"ab", "ab" + longText + "\nab", {"ab" + longText, "ab"}},
-      {"ab", "x\n" + longText + "ab\r\n" + longText + "\nab", {longText + "ab", "ab"}},
-      {"ab", longText + "AB" + longText, {longText + "AB" + longText}},
-      {"ab", longText + "ab\x1A" + longText, {longText + "ab"}},
-      {"ab",
-       "x\r\n" + longText +
-           "\x1A"
-           "ab",
-       {}},
-      {longText,
-       "x\ny" + longText + "z\n." + longText.substr(1) + "\n.\n",
-       {"y" + longText + "z", longText}},
-  };
-}
+const std::string kLongText(300, '.');
+
+const std::vector<LogCase> kLogCases = {
+    {"ab", "", {}},
+    {"ab", "a", {}},
+    {"ab", "\n\n", {}},
+    {"", "ab\n", {}},
+    {"b", "a\nb\nB\nc", {"b", "B"}},
+    {"ab", "ab", {"ab"}},
+    {"ab", "xab\nba\nabx\n", {"xab", "abx"}},
+    {"ab", "AB\naB\nAb\n", {"AB", "aB", "Ab"}},
+    {"ab", "a\nb\na b\naab\naaab", {"aab", "aaab"}},
+    {"abab", "abaabab abab\nabab", {"abaabab abab", "abab"}},
+    // One report a line, however often it matches.
+    {"ab", "ab ab ab\nabab\n\nab", {"ab ab ab", "abab", "ab"}},
+    // Only ASCII letters fold, and only to the other case.
+    {"0 failed",
+     "10 FAILED\n0 Failed\n\x10 failed\n0\0failed\n0 fai\xCC"
+     "ed"s,
+     {"10 FAILED", "0 Failed"}},
+    {"@[`{", "`{@[\n@{`{\n@[`[\n@[`{", {"@[`{"}},
+    {"startservice:: 0x00000005",
+     "[2025] StartService:: 0X00000005.\nStartService:: 0x00000006\nStartService: 0x00000005\n",
+     {"[2025] StartService:: 0X00000005."}},
+    // Line ends.
+    {"ab", "ab\r\nxab\r\n", {"ab", "xab"}},
+    {"ab", "ab\r\r\nab\rx\n\rab\r\n", {"ab\r", "ab\rx", "\rab"}},
+    {"ab", "x\r\nab\r", {"ab\r"}},
+    {"ab", "a\rb\na\r\nb\n\rab", {"\rab"}},
+    // The end-of-file byte.
+    {"ab", "xab\x1Ayab\nab\n", {"xab"}},
+    {"ab", "xab yz\x1A\nab\n", {"xab yz"}},
+    {"ab", "ab\nx\x1A ab\nab\n", {"ab"}},
+    {"ab",
+     "a\x1A"
+     "b\nab\n",
+     {}},
+    {"ab",
+     "\x1A"
+     "ab\n",
+     {}},
+    {"ab",
+     "ab\n\x1A"
+     "ab\n",
+     {"ab"}},
+    {"ab", "ab\r\x1A\n", {"ab\r"}},
+    {"ab", "ab\x1A", {"ab"}},
+    // NUL, byte-order mark, bytes past ASCII.
+    {"ab",
+     "x\0ab\0y\n\0\0\n"s + std::string(200, '\0') + "ab",
+     {"x\0ab\0y"s, std::string(200, '\0') + "ab"}},
+    {"ab",
+     "\xEF\xBB\xBF"
+     "ab\n\x80\xFF"
+     "ab\xE1\n",
+     {"\xEF\xBB\xBF"
+      "ab",
+      "\x80\xFF"
+      "ab\xE1"}},
+    // Lines longer than a block.
+    {"ab", "ab" + kLongText + "\nab", {"ab" + kLongText, "ab"}},
+    {"ab", "x\n" + kLongText + "ab\r\n" + kLongText + "\nab", {kLongText + "ab", "ab"}},
+    {"ab", kLongText + "AB" + kLongText, {kLongText + "AB" + kLongText}},
+    {"ab", kLongText + "ab\x1A" + kLongText, {kLongText + "ab"}},
+    {"ab",
+     "x\r\n" + kLongText +
+         "\x1A"
+         "ab",
+     {}},
+    {kLongText,
+     "x\ny" + kLongText + "z\n." + kLongText.substr(1) + "\n.\n",
+     {"y" + kLongText + "z", kLongText}},
+};
 
 TEST(LogScanTest, FindsTheLinesThatATextStreamWouldGive) {
-  for (const LogCase& row : LogCases()) {
+  for (const LogCase& row : kLogCases) {
     const LogReader read = [&row](uint64_t offset, std::span<char> to) {
       return ReadFromText(row.file, offset, to);
     };
@@ -110,7 +109,7 @@ TEST(LogScanTest, FindsTheLinesThatATextStreamWouldGive) {
 }
 
 TEST(LogScanTest, PlainReadingAgrees) {
-  for (const LogCase& row : LogCases()) {
+  for (const LogCase& row : kLogCases) {
     if (!row.signature.empty()) {
       EXPECT_EQ(PlainLogReading(row.file, row.signature), row.lines) << row.file;
     }

@@ -45,11 +45,9 @@ size_t ReadAt(HANDLE file, uint64_t offset, std::span<char> to) {
   OVERLAPPED position{};
   position.Offset = static_cast<DWORD>(offset);
   position.OffsetHigh = static_cast<DWORD>(offset >> 32);
-  constexpr size_t kMost = size_t{1} << 30;
   DWORD taken = 0;
-  const bool isRead = ReadFile(file, to.data(), static_cast<DWORD>(std::min(to.size(), kMost)),
-                               &taken, &position) != 0;
-  return isRead ? taken : 0;
+  const auto size = static_cast<DWORD>(to.size());  // of a block
+  return ReadFile(file, to.data(), size, &taken, &position) != 0 ? taken : 0;
 }
 
 // True when the log may hold lines of the period.

@@ -25,11 +25,6 @@ int64_t MarchFirst(int hour) {
   return std::mktime(&time);
 }
 
-std::string Text(const JsonOwner& value) {
-  const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
-  return text ? text.Get() : "";
-}
-
 class LogStatsTest : public testing::Test {
  protected:
   ProgramFiles files;
@@ -46,7 +41,7 @@ TEST_F(LogStatsTest, ItemsOfBothLogsInOrder) {
               "[2025-03-01 11:00:00] 10 failed <pe-time:0>\r\n"
               "[2025-03-01 11:30:00] 1 failed\r\n");
   const auto at = [](int hour) { return std::to_string(MarchFirst(hour)); };
-  EXPECT_EQ(Text(collect_log_stats(MarchFirst(10))),
+  EXPECT_EQ(CompactText(collect_log_stats(MarchFirst(10))),
             R"([{"report_type":"log_stats","name":"protsvc.log","timestamp":)" + at(10) +
                 R"(,"pattern":"0 failed","pe-time":1712345678},)"
                 R"({"report_type":"log_stats","name":"protsvc.log","timestamp":)" +
@@ -70,9 +65,8 @@ TEST_F(LogStatsTest, ItemsOfBothLogsInOrder) {
 
 TEST_F(LogStatsTest, FilesThatAreSkipped) {
   const auto log = files.Write(L"protsvc.log", "[2025-03-01 12:00:00] 0 failed\n");
-  const uint64_t ticks = TicksFromSeconds(1740819600);
   const int64_t modified =
-      ProgramFiles::SetTime(log, {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)});
+      ProgramFiles::SetTime(log, FileTimeFromTicks(TicksFromSeconds(1740819600)));
   files.MakeFolder(L"qxupdate.exe.log");
   EXPECT_FALSE(collect_log_stats(modified + 1));
   const std::string first = folder + "\\protsvc.log";

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <fmt/core.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -41,7 +43,7 @@ class ProgramFiles {
 
   // `name` may lead to other folders. The file is deleted at the end.
   std::filesystem::path Write(const std::filesystem::path& name, std::string_view text) {
-    const auto path = Folder() / name;
+    auto path = Folder() / name;
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << text;
     written.push_back(path);
@@ -69,7 +71,7 @@ class ProgramFiles {
       const size_t level = line.find(' ', colon) + 1;
       const std::string text = line.substr(line.find(' ', level) + 1);
       const std::string prefix = line[level] == '1' ? "" : line.substr(level, 2);
-      messages.push_back(prefix + line.substr(0, colon) + " " + text);
+      messages.push_back(fmt::format("{}{} {}", prefix, line.substr(0, colon), text));
     }
     return messages;
   }

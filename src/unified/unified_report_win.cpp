@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "base/arithmetic.h"
@@ -49,18 +50,19 @@ ReportUrl<> UnifiedReportUrl(IClientIdProvider& provider) {
                             provider.ProcessorClass(0), provider.ClientId());
 }
 
-// Uploads the array, which is released before. Returns the upload's result, 0 on any failure.
+// Uploads the array, which is released before. Returns the upload's result, 0 on any failure, which
+// a text of 4 GiB or more is, too.
 int32_t Send(JsonOwner unified, IClientIdProvider& provider) {
   const size_t count = json_array_size(unified.Get());
   const JsonText body(json_dumps(unified.Get(), JSON_COMPACT));
   unified.Reset();
-  if (!body) {
+  const size_t length = body ? std::strlen(body.Get()) : 0;
+  if (length == 0 || length > std::numeric_limits<uint32_t>::max()) {
     TraceLogger(kOperation, __LINE__, 1)(L"json_dumps failed for unified report array");
     return 0;
   }
-  const int32_t result =
-      UploadReport(UnifiedReportUrl(provider).CStr(), body.Get(),
-                   static_cast<uint32_t>(std::strlen(body.Get())), nullptr, nullptr);
+  const int32_t result = UploadReport(UnifiedReportUrl(provider).CStr(), body.Get(),
+                                      static_cast<uint32_t>(length), nullptr, nullptr);
   TraceLogger(kOperation, __LINE__, 1)(L"Unified report completed: %u items, result=%d", count,
                                        result);
   return result;

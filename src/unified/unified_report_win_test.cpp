@@ -11,7 +11,6 @@ namespace {
 
 using testing::Contains;
 using testing::HasSubstr;
-using testing::Not;
 
 class FixedProvider final : public IClientIdProvider {
  public:
@@ -33,11 +32,6 @@ class FixedProvider final : public IClientIdProvider {
   const char* ReportBaseUrl() override { return "https://127.0.0.1:1/v8"; }  // refuses
 };
 
-std::string Text(const JsonOwner& value) {
-  const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
-  return text ? text.Get() : "";
-}
-
 TEST(CommonFields, ReplaceMembersOfEveryObject) {
   const ProgramFiles files;
   FixedProvider provider;
@@ -46,8 +40,9 @@ TEST(CommonFields, ReplaceMembersOfEveryObject) {
   add_common_fields_to_unified_array(array.Get(), provider, -3);
   const std::string rest =
       R"("v":"6.0.3.27","d":20261101003,"s":11,"x":2,"ma":10,"mi":0,"bu":26100,"re":4294967295)";
-  EXPECT_EQ(Text(array), R"([{"report_type":"syslog","r":-3,"timestamp":5,"u":"MACHINE","c":-1,)" +
-                             rest + R"(},7,[1],{"u":"MACHINE","c":-1,)" + rest + R"(,"r":-3}])");
+  EXPECT_EQ(CompactText(array),
+            R"([{"report_type":"syslog","r":-3,"timestamp":5,"u":"MACHINE","c":-1,)" + rest +
+                R"(},7,[1],{"u":"MACHINE","c":-1,)" + rest + R"(,"r":-3}])");
   EXPECT_EQ(ProgramFiles::Messages().back(),
             "add_common_fields_to_unified_array Added common fields to all 4 items");
 

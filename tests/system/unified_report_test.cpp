@@ -121,16 +121,25 @@ TEST(UnifiedReport, ClientFieldsAreThoseOfTheMachineInformation) {
   }
 }
 
-TEST(UnifiedReport, SecondRunIsNotDue) {
+TEST(UnifiedReport, PeriodBeginsWithTheLastOne) {
   const SampleProduct product;
   const AgentServer server;
   RunAgent();
   const auto recorded = product.Time(kKey);
   ASSERT_TRUE(recorded.has_value());
   RunAgent();
-  EXPECT_EQ(server.Requests("rc7").size(), 2u);
+  EXPECT_EQ(server.Requests("rc7").size(), 2u);  // not due
   EXPECT_EQ(product.Time(kKey), recorded);
   EXPECT_THAT(product.Messages().back(), HasSubstr("< 14400), skip unified reporting"));
+
+  // Nearly three days ago: one dump, log line and event of the sample are older.
+  const int64_t last = *recorded - 259140;
+  product.SetTime(kKey, last);
+  RunAgent();
+  const auto requests = server.Requests("rc7");
+  ASSERT_EQ(requests.size(), 4u);
+  EXPECT_THAT(product.Messages().back(), HasSubstr("Unified report completed: 11 items, result=1"));
+  EXPECT_GE(product.Time(kKey).value_or(0), *recorded);
 }
 
 TEST(UnifiedReport, UploadThatFailsIsSentAgain) {
