@@ -104,54 +104,35 @@ TEST(MachineInformation, CustomerIdFromTheRegistryWithoutTheDocument) {
   EXPECT_EQ(requests[2].query.at("c"), "0");
 }
 
-struct BadVersion {
-  const char* name;
-  const char* text;  // null: no file
-};
-
-class VersionFile : public testing::TestWithParam<BadVersion> {};
-
-TEST_P(VersionFile, WithoutAValidTextNothingIsSent) {
+TEST(MachineInformation, WithoutAValidVersionNothingIsSent) {
   const SampleProduct product;
   const AgentServer server;
   const auto file = product.InstallFolder() / "VERSION";
-  std::filesystem::remove(file);
-  if (GetParam().text != nullptr) {
-    WriteText(file, GetParam().text);
+  // No file, sixteen bytes, a number that is too large.
+  for (const char* text : {"", "255.255.255.255\n", "5.0.300.1"}) {
+    std::filesystem::remove(file);
+    if (*text != '\0') {
+      WriteText(file, text);
+    }
+    EXPECT_EQ(RunAgent().exitCode, 0) << text;
   }
-  EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_TRUE(server.Requests("rc1").empty());
   EXPECT_EQ(product.Time("rpttm_ui"), std::nullopt);
 }
 
-INSTANTIATE_TEST_SUITE_P(MachineInformation, VersionFile,
-                         testing::Values(BadVersion{"Missing", nullptr},
-                                         BadVersion{"SixteenBytes", "255.255.255.255\n"},
-                                         BadVersion{"NumberTooLarge", "5.0.300.1"}),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-class BadAnswer : public testing::TestWithParam<Fault> {};
-
-TEST_P(BadAnswer, LeavesTheTimeUnchanged) {
+TEST(MachineInformation, BadAnswerLeavesTheTimeUnchanged) {
   const SampleProduct product;
   AgentServer server;
-  server.server.SetFaults({GetParam()});
-  EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_GE(server.Requests("rc1").size(), 1u);
-  EXPECT_EQ(product.Time("rpttm_ui"), std::nullopt);
+  size_t runs = 0;
+  for (const Fault fault :
+       {Fault::kStatus404, Fault::kGarbage, Fault::kCut, Fault::kEndless, Fault::kRedirect,
+        Fault::kNotJson, Fault::kBadSize, Fault::kBadExtension, Fault::kShort}) {
+    server.server.SetFaults({fault});
+    EXPECT_EQ(RunAgent().exitCode, 0);
+    EXPECT_EQ(server.Requests("rc1").size(), ++runs) << static_cast<int>(fault);
+    EXPECT_EQ(product.Time("rpttm_ui"), std::nullopt) << static_cast<int>(fault);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(MachineInformation, BadAnswer,
-                         testing::Values(Fault::kStatus404, Fault::kGarbage, Fault::kCut,
-                                         Fault::kEndless, Fault::kRedirect, Fault::kNotJson,
-                                         Fault::kBadSize, Fault::kBadExtension, Fault::kShort),
-                         [](const auto& info) {
-                           std::string name;
-                           for (const char c : AllFaults()[static_cast<size_t>(info.param)].name) {
-                             name += c == '-' ? '_' : c;
-                           }
-                           return name;
-                         });
 
 TEST(MachineInformation, ServerThatDoesNotListen) {
   const SampleProduct product;

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "tests/system/agent_run.h"
 
 namespace ostrell {
@@ -65,12 +67,26 @@ std::vector<std::string> LogLines() {
           "log_stats qxupdate.exe.log StartService:: 0x00000005 "};
 }
 
-TEST(UnifiedReport, FirstRunSendsWhatTheSampleHolds) {
-  const SampleProduct product;
-  const AgentServer server;
-  EXPECT_EQ(RunAgent().exitCode, 0);
-  const JsonOwner body = server.Body("rc7");
-  const std::string linked = LinkTime(product.BinFolder() / "vguard.exe");
+// One run on a new sample, looked at from several sides.
+class FirstUnifiedReport : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    product = std::make_unique<SampleProduct>();
+    server = std::make_unique<AgentServer>();
+    EXPECT_EQ(RunAgent().exitCode, 0);
+  }
+  static void TearDownTestSuite() {
+    server.reset();
+    product.reset();
+  }
+
+  static inline std::unique_ptr<SampleProduct> product;
+  static inline std::unique_ptr<AgentServer> server;
+};
+
+TEST_F(FirstUnifiedReport, HoldsWhatTheSampleHolds) {
+  const JsonOwner body = server->Body("rc7");
+  const std::string linked = LinkTime(product->BinFolder() / "vguard.exe");
   std::vector<std::string> dumps;
   std::vector<std::string> others;
   for (const std::string& item : Items(body, {"report_type", "name", "pattern", "pe-time"})) {
@@ -94,22 +110,19 @@ TEST(UnifiedReport, FirstRunSendsWhatTheSampleHolds) {
   const std::string common = " u c v d s x ma mi bu re r";
   EXPECT_EQ(MemberNames(json_array_get(body.Get(), json_array_size(body.Get()) - 1)),
             "report_type name timestamp pattern" + common);
-  EXPECT_FALSE(std::filesystem::exists(product.BinFolder() / "vguard.exe.0352.dmp"));
-  EXPECT_TRUE(std::filesystem::exists(product.BinFolder() / "vguard.exe.0704.dmp"));
+  EXPECT_FALSE(std::filesystem::exists(product->BinFolder() / "vguard.exe.0352.dmp"));
+  EXPECT_TRUE(std::filesystem::exists(product->BinFolder() / "vguard.exe.0704.dmp"));
 }
 
-TEST(UnifiedReport, ClientFieldsAreThoseOfTheMachineInformation) {
-  const SampleProduct product;
-  const AgentServer server;
-  RunAgent();
-  const auto machine = server.Requests("rc1");
-  const auto unified = server.Requests("rc7");
+TEST_F(FirstUnifiedReport, ClientFieldsAreThoseOfTheMachineInformation) {
+  const auto machine = server->Requests("rc1");
+  const auto unified = server->Requests("rc7");
   ASSERT_EQ(machine.size(), 1u);
   ASSERT_EQ(unified.size(), 2u);  // ticket and upload
   for (const char* key : {"u", "c", "s", "x", "regid"}) {
     EXPECT_EQ(unified[0].query.at(key), machine[0].query.at(key)) << key;
   }
-  const JsonOwner body = server.Body("rc7");
+  const JsonOwner body = server->Body("rc7");
   size_t index = 0;
   json_t* item = nullptr;
   json_array_foreach(body.Get(), index, item) {
@@ -117,8 +130,28 @@ TEST(UnifiedReport, ClientFieldsAreThoseOfTheMachineInformation) {
       EXPECT_EQ(Member(item, key), machine[0].query.at(key)) << key;
     }
     // Without an earlier report the gap is the time itself, which is what was recorded.
-    EXPECT_EQ(Member(item, "r"), std::to_string(product.Time(kKey).value_or(-1)));
+    EXPECT_EQ(Member(item, "r"), std::to_string(product->Time(kKey).value_or(-1)));
   }
+}
+
+TEST_F(FirstUnifiedReport, TellsItsStory) {
+  std::vector<std::string> operations;
+  for (const std::string& message : product->Messages()) {
+    const std::string operation = message.substr(0, message.find(' '));
+    if (operations.empty() || operations.back() != operation) {
+      operations.push_back(operation);
+    }
+  }
+  EXPECT_THAT(
+      operations,
+      ElementsAre("post_unified_report", "cleanup_old_dump_files_in_directory",
+                  "collect_dump_files", "GetCrashModuleFromDump", "collect_log_stats",
+                  "collect_matching_entries", "collect_log_stats", "collect_matching_entries",
+                  "collect_log_stats", "collect_event_logs", "post_unified_report",
+                  "add_common_fields_to_unified_array", "post_unified_report"));
+  // Those beside the program are counted twice.
+  EXPECT_THAT(product->Messages(),
+              Contains("collect_dump_files Scan completed, found 7 dump files within time range"));
 }
 
 TEST(UnifiedReport, PeriodBeginsWithTheLastOne) {
@@ -168,29 +201,6 @@ TEST(UnifiedReport, OldWindowsReadsTheClassicEventLog) {
   EXPECT_EQ(types.size(), 9u);
   EXPECT_THAT(types, Not(Contains("syslog")));
   EXPECT_THAT(product.Messages(), Contains("collect_event_logs No events to collect, return NULL"));
-}
-
-TEST(UnifiedReport, TellsItsStory) {
-  const SampleProduct product;
-  const AgentServer server;
-  RunAgent();
-  std::vector<std::string> operations;
-  for (const std::string& message : product.Messages()) {
-    const std::string operation = message.substr(0, message.find(' '));
-    if (operations.empty() || operations.back() != operation) {
-      operations.push_back(operation);
-    }
-  }
-  EXPECT_THAT(
-      operations,
-      ElementsAre("post_unified_report", "cleanup_old_dump_files_in_directory",
-                  "collect_dump_files", "GetCrashModuleFromDump", "collect_log_stats",
-                  "collect_matching_entries", "collect_log_stats", "collect_matching_entries",
-                  "collect_log_stats", "collect_event_logs", "post_unified_report",
-                  "add_common_fields_to_unified_array", "post_unified_report"));
-  // Those beside the program are counted twice.
-  EXPECT_THAT(product.Messages(),
-              Contains("collect_dump_files Scan completed, found 7 dump files within time range"));
 }
 
 }  // namespace
