@@ -70,12 +70,13 @@ class LogScan {
 
   // The line at hand, whose end the scan goes on behind.
   std::string TakeLine() {
+    std::string line;
     if (lineStart < offset) {
+      line.reserve(static_cast<size_t>(offset + size - lineStart));  // as much as was read of it
       offset = lineStart;
       size = 0;
     }
     position = static_cast<size_t>(lineStart - offset);
-    std::string line;
     while (!atEnd) {
       const std::string_view rest = Text().substr(position);
       const size_t lineEnd = rest.find('\n');

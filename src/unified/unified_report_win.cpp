@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -33,11 +34,20 @@ int64_t MinReportInterval() {
   return interval;
 }
 
+// What one collector finds. One that runs out of memory finds nothing, and the others still report.
+JsonOwner Collect(JsonOwner (*collector)(int64_t), int64_t tmStart) {
+  try {
+    return collector(tmStart);
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
 // All collectors run before the first result is merged.
 void AppendCollected(int64_t tmStart, json_t* unified) {
   std::array<JsonOwner, kCollectors.size()> collected;
   std::ranges::transform(kCollectors, collected.begin(),
-                         [tmStart](auto collector) { return collector(tmStart); });
+                         [tmStart](auto collector) { return Collect(collector, tmStart); });
   for (JsonOwner& items : collected) {
     json_array_extend(unified, items.Get());
     items.Reset();
