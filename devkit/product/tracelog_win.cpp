@@ -1,10 +1,9 @@
 // Stand-in for the product's logging library: appends each message to "tracelog.txt" beside the
 // program as one line of UTF-8, "operation:line level text".
 
-#include <fmt/printf.h>
-
 #include <algorithm>
 
+#include "base/print.h"
 #include "base/text.h"
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
@@ -17,7 +16,7 @@ std::string Line(const char* operation, int32_t line, int32_t level, const wchar
   std::string message = Utf8FromWide(text);
   std::ranges::replace_if(
       message, [](char c) { return c == '\n' || c == '\r'; }, ' ');
-  return fmt::sprintf("%s:%d %d %s\n", operation, line, level, message);
+  return Print("%s:%d %d %s\n", operation, line, level, message);
 }
 
 // Every message opens the file anew: it can be read, moved or deleted at any time.

@@ -1,6 +1,5 @@
 #include "devkit/report_server/arguments.h"
 
-#include <fmt/printf.h>
 #include <getopt.h>
 
 #include <charconv>
@@ -12,6 +11,7 @@
 #include <string_view>
 
 #include "base/json.h"
+#include "base/print.h"
 #include "base/text.h"
 
 namespace ostrell {
@@ -46,14 +46,14 @@ Faults:
 void PrintHelp() {
   std::string text(kHelp);
   for (const FaultEntry& entry : AllFaults()) {
-    text += fmt::sprintf("  %-14s %s\n", entry.name, entry.help);
+    text += Print("  %-14s %s\n", entry.name, entry.help);
   }
   std::fputs(text.c_str(), stdout);
 }
 
 // Says what is wrong; always false.
 bool Refuse(std::string_view what, std::string_view argument) {
-  std::fputs(fmt::sprintf("report_server: %s: %s\n", what, argument).c_str(), stderr);
+  std::fputs(Print("report_server: %s: %s\n", what, argument).c_str(), stderr);
   return false;
 }
 
@@ -87,7 +87,7 @@ bool TakeInstructions(const char* path, ReportServerOptions& options) {
   }
   json_error_t error;
   const JsonOwner document(json_loadb(text.data(), text.size(), 0, &error));
-  return document || Refuse(fmt::sprintf("not JSON, line %d, %s", error.line, error.text), path);
+  return document || Refuse(Print("not JSON, line %d, %s", error.line, error.text), path);
 }
 
 bool TakeKnown(const char* path, ReportServerOptions& options) {

@@ -1,13 +1,12 @@
 #include "devkit/report_server/request_log.h"
 
-#include <fmt/printf.h>
-
 #include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
+#include "base/print.h"
 #include "devkit/report_server/json_text.h"
 
 namespace ostrell {
@@ -75,9 +74,9 @@ std::string LineOf(uint64_t number, const RequestRecord& record) {
 }
 
 std::string RequestText(const HttpRequest& request) {
-  std::string text = fmt::sprintf("%s %s HTTP/1.1\r\n", request.method, request.target);
+  std::string text = Print("%s %s HTTP/1.1\r\n", request.method, request.target);
   for (const auto& [name, value] : request.headers) {
-    text += fmt::sprintf("%s: %s\r\n", name, value);
+    text += Print("%s: %s\r\n", name, value);
   }
   return text + "\r\n" + request.body;
 }
@@ -136,7 +135,7 @@ bool RequestLog::Add(const RequestRecord& record) {
 
 // The line comes last: who reads it finds the files.
 bool RequestLog::Write(const RequestRecord& record, const std::string& line) const {
-  const std::string name = fmt::sprintf("%04u", next);
+  const std::string name = Print("%04u", next);
   return WriteFile(store / (name + ".request"), RequestText(record.request)) &&
          (!record.body || WriteFile(store / (name + ".body"), record.body->unpacked)) &&
          WriteFile(store / kLinesFile, line + "\n", std::ios::app);

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
-
 #include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
+
+#include "base/print.h"
 
 namespace ostrell {
 
@@ -21,11 +20,10 @@ class BoundedText {
   BoundedText() = default;
   explicit BoundedText(std::basic_string_view<Char> text) { Append(text); }
 
-  // printf-style formatting of {fmt}: "%s" takes text of the same character type and "%llu", "%lld"
-  // any 64-bit integer, on every platform.
+  // printf-style formatting (base/print.h).
   template <class... Args>
   static BoundedText Print(std::basic_string_view<Char> format, const Args&... args) {
-    return BoundedText(std::basic_string_view<Char>(fmt::sprintf(format, args...)));
+    return BoundedText(std::basic_string_view<Char>(ostrell::Print(format, args...)));
   }
 
   void Append(std::basic_string_view<Char> text) {

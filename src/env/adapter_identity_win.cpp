@@ -1,16 +1,16 @@
 #include "env/adapter_identity_win.h"
 
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
 #include <ntddndis.h>
 #include <winioctl.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
 #include "base/bytes.h"
+#include "base/print.h"
 #include "base/text.h"
 #include "env/registry_win.h"
 
@@ -69,7 +69,7 @@ std::wstring ReadIdentifier(HKEY root, const wchar_t* subkey, const wchar_t* nam
 }
 
 bool HasPciConnection(const std::wstring& adapterName) {
-  const std::wstring key = fmt::sprintf(kConnectionKey, adapterName);
+  const std::wstring key = Print(kConnectionKey, adapterName);
   return IsPciDevice(ReadIdentifier(HKEY_LOCAL_MACHINE, key.c_str(), L"PnpInstanceID"));
 }
 
@@ -88,7 +88,7 @@ bool HasPciDriver(const std::wstring& adapterName) {
     }
     if (ReadIdentifier(drivers.Get(), subkey.data(), L"NetCfgInstanceId") == adapterName) {
       const auto device = ReadIdentifier(drivers.Get(), subkey.data(), L"MatchingDeviceId");
-      fmt::printf("MatchingDeviceId: [%s]\n", Utf8FromWide(device));
+      std::fputs(Print("MatchingDeviceId: [%s]\n", Utf8FromWide(device)).c_str(), stdout);
       found = found || IsPciDevice(device);
     }
   }

@@ -1,11 +1,11 @@
 #include "env/system_facts_win.h"
 
-#include <fmt/printf.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdio>
 #include <vector>
+
+#include "base/print.h"
 
 namespace ostrell {
 namespace {
@@ -122,8 +122,8 @@ std::string ReadFileVersion(const SystemApi& api, const wchar_t* path) {
     return {};
   }
   const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(root);
-  return fmt::sprintf("%d.%d.%d.%d", HIWORD(fixed->dwFileVersionMS), LOWORD(fixed->dwFileVersionMS),
-                      HIWORD(fixed->dwFileVersionLS), LOWORD(fixed->dwFileVersionLS));
+  return Print("%d.%d.%d.%d", HIWORD(fixed->dwFileVersionMS), LOWORD(fixed->dwFileVersionMS),
+               HIWORD(fixed->dwFileVersionLS), LOWORD(fixed->dwFileVersionLS));
 }
 
 std::optional<OperatingSystem> QueryOperatingSystem() {

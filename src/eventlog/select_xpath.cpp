@@ -1,7 +1,6 @@
 #include "eventlog/select_xpath.h"
 
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
+#include "base/print.h"
 
 namespace eventlog {
 namespace {
@@ -12,8 +11,8 @@ using FragmentBuilder = bool (*)(const EventFilter& filter, std::wstring& fragme
 // A bound that is no calendar time gives zeros.
 std::wstring Stamp(uint64_t ticks) {
   const SYSTEMTIME utc = ostrell::SystemTimeFromTicks(ticks).value_or(SYSTEMTIME{});
-  return fmt::sprintf(L"%04d-%02d-%02dT%02d:%02d:%02d.000000Z", utc.wYear, utc.wMonth, utc.wDay,
-                      utc.wHour, utc.wMinute, utc.wSecond);
+  return ostrell::Print(L"%04d-%02d-%02dT%02d:%02d:%02d.000000Z", utc.wYear, utc.wMonth, utc.wDay,
+                        utc.wHour, utc.wMinute, utc.wSecond);
 }
 
 bool BuildTimeRange(const EventFilter& filter, std::wstring& fragment) {
@@ -99,7 +98,7 @@ std::optional<std::wstring> BuildQueryDocument(const std::wstring& channel,
                                                const std::wstring& condition) {
   constexpr size_t kSize = 4096;
   const std::wstring select = condition.empty() ? L"" : L"[System[" + condition + L"]]";
-  std::wstring document = fmt::sprintf(
+  std::wstring document = ostrell::Print(
       L"\n<QueryList>\n  <Query Id=\"0\" Path=\"%s\">\n    <Select Path=\"%s\">*%s</Select>\n"
       L"  </Query>\n</QueryList>\n",
       channel, channel, select);

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
-
 #include <cstdint>
 #include <string>
+
+#include "base/print.h"
 
 namespace ostrell {
 
@@ -17,10 +16,10 @@ class TraceLogger {
   TraceLogger(const char* loggingOperation, int32_t sourceLine, int32_t logLevel)
       : operation(loggingOperation), line(sourceLine), level(logLevel) {}
 
-  // A wide printf-style format of {fmt} and its arguments.
+  // A wide printf-style format (base/print.h) and its arguments.
   template <class... Args>
   void operator()(const wchar_t* format, const Args&... args) const {
-    Write(fmt::sprintf(std::wstring_view(format), args...));
+    Write(Print(std::wstring_view(format), args...));
   }
 
  private:

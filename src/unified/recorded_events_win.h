@@ -1,8 +1,8 @@
 #pragma once
 
-#include <fmt/printf.h>
-
 #include <string>
+
+#include "base/print.h"
 
 namespace ostrell {
 
@@ -15,7 +15,7 @@ struct RecordedEventText {
   std::string level = "2";
 
   std::string Text() const {
-    return fmt::sprintf(
+    return Print(
         "<Event xmlns='urn:e'><System><Provider Name='%s' Guid='{0}'/>"
         "<EventID Qualifiers='49152'>%s</EventID><Level>%s</Level>"
         "<TimeCreated SystemTime='%s'/><Execution ProcessID='7' ThreadID='8'/>"
