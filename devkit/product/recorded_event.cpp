@@ -137,13 +137,13 @@ std::optional<uint64_t> TicksFromEventTime(std::string_view text) {
   if (text.size() < kShape.size() || !HasShape(text, kShape)) {
     return std::nullopt;
   }
-  SYSTEMTIME time{};
-  time.wYear = NumberAt(text, 0, 4);
-  time.wMonth = NumberAt(text, 5, 2);
-  time.wDay = NumberAt(text, 8, 2);
-  time.wHour = NumberAt(text, 11, 2);
-  time.wMinute = NumberAt(text, 14, 2);
-  time.wSecond = NumberAt(text, 17, 2);
+  SystemTime time{};
+  time.year = NumberAt(text, 0, 4);
+  time.month = NumberAt(text, 5, 2);
+  time.day = NumberAt(text, 8, 2);
+  time.hour = NumberAt(text, 11, 2);
+  time.minute = NumberAt(text, 14, 2);
+  time.second = NumberAt(text, 17, 2);
   const auto whole = TicksFromSystemTime(time);
   const auto fraction = FractionTicks(text.substr(kShape.size()));
   return whole && fraction ? std::optional(*whole + *fraction) : std::nullopt;

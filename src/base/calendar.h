@@ -3,35 +3,25 @@
 #include <cstdint>
 #include <optional>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-// The system's structure, for code that also compiles off Windows. The fields are the vendor's.
-struct SYSTEMTIME {
-  uint16_t wYear;
-  uint16_t wMonth;
-  uint16_t wDayOfWeek;
-  uint16_t wDay;
-  uint16_t wHour;
-  uint16_t wMinute;
-  uint16_t wSecond;
-  uint16_t wMilliseconds;
-};
-#endif
-
 namespace ostrell {
 
 // Times as Windows counts them: ticks of 100 ns since 1601-01-01 00:00:00 UTC (a FILETIME's
 // number), and their calendar form, which reaches from 1601 to 30827.
 
+// The vendor's SYSTEMTIME, field by field.
+struct SystemTime {
+  uint16_t year;
+  uint16_t month;
+  uint16_t dayOfWeek;  // 0 is Sunday
+  uint16_t day;
+  uint16_t hour;
+  uint16_t minute;
+  uint16_t second;
+  uint16_t milliseconds;
+};
+
 inline constexpr uint64_t kTicksPerSecond = 10000000;
 inline constexpr int64_t kSecondsFrom1601To1970 = 11644473600;
-
-#ifdef _WIN32
-constexpr FILETIME FileTimeFromTicks(uint64_t ticks) {
-  return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-}
-#endif
 
 // Ticks of a time in seconds since 1970; wraps for times that ticks cannot hold.
 constexpr uint64_t TicksFromSeconds(int64_t seconds) {
@@ -46,9 +36,9 @@ constexpr int64_t SecondsFromTicks(uint64_t ticks) {
 
 // What SystemTimeToFileTime gives: nothing for a time that is no date, or outside the range. The
 // day of the week is not looked at.
-std::optional<uint64_t> TicksFromSystemTime(const SYSTEMTIME& utc);
+std::optional<uint64_t> TicksFromSystemTime(const SystemTime& utc);
 
 // What FileTimeToSystemTime gives: nothing when the highest bit is set.
-std::optional<SYSTEMTIME> SystemTimeFromTicks(uint64_t ticks);
+std::optional<SystemTime> SystemTimeFromTicks(uint64_t ticks);
 
 }  // namespace ostrell

@@ -5,12 +5,12 @@
 namespace ostrell {
 namespace {
 
-SYSTEMTIME Date(uint16_t year, uint16_t month, uint16_t day, uint16_t hour = 0) {
-  SYSTEMTIME utc{};
-  utc.wYear = year;
-  utc.wMonth = month;
-  utc.wDay = day;
-  utc.wHour = hour;
+SystemTime Date(uint16_t year, uint16_t month, uint16_t day, uint16_t hour = 0) {
+  SystemTime utc{};
+  utc.year = year;
+  utc.month = month;
+  utc.day = day;
+  utc.hour = hour;
   return utc;
 }
 
@@ -21,25 +21,25 @@ TEST(Calendar, KnownInstants) {
   EXPECT_EQ(TicksFromSystemTime(Date(2024, 2, 29, 23)), TicksFromSeconds(1709247600));
   const auto leapDay = SystemTimeFromTicks(TicksFromSeconds(1709247600) + 9999999);
   ASSERT_TRUE(leapDay.has_value());
-  EXPECT_EQ(leapDay->wMonth, 2);
-  EXPECT_EQ(leapDay->wDay, 29);
-  EXPECT_EQ(leapDay->wHour, 23);
-  EXPECT_EQ(leapDay->wDayOfWeek, 4);
-  EXPECT_EQ(leapDay->wMilliseconds, 999);
+  EXPECT_EQ(leapDay->month, 2);
+  EXPECT_EQ(leapDay->day, 29);
+  EXPECT_EQ(leapDay->hour, 23);
+  EXPECT_EQ(leapDay->dayOfWeek, 4);
+  EXPECT_EQ(leapDay->milliseconds, 999);
 }
 
 TEST(Calendar, RefusesWhatIsNoDate) {
-  for (const SYSTEMTIME& utc :
-       {SYSTEMTIME{}, Date(1600, 12, 31), Date(2023, 2, 29), Date(2024, 0, 1), Date(2024, 13, 1),
+  for (const SystemTime& utc :
+       {SystemTime{}, Date(1600, 12, 31), Date(2023, 2, 29), Date(2024, 0, 1), Date(2024, 13, 1),
         Date(2024, 1, 1, 24), Date(30828, 1, 1)}) {
-    EXPECT_EQ(TicksFromSystemTime(utc), std::nullopt) << utc.wYear << utc.wMonth << utc.wDay;
+    EXPECT_EQ(TicksFromSystemTime(utc), std::nullopt) << utc.year << utc.month << utc.day;
   }
 }
 
 TEST(Calendar, LastTick) {
   const auto last = SystemTimeFromTicks(0x7FFFFFFFFFFFFFFF);
   ASSERT_TRUE(last.has_value());
-  EXPECT_EQ(last->wYear, 30828);
+  EXPECT_EQ(last->year, 30828);
   EXPECT_EQ(SystemTimeFromTicks(0x8000000000000000), std::nullopt);
 }
 

@@ -1,12 +1,14 @@
 #include "env/report_clock_win.h"
 
+#include <bit>
+
 #include "base/calendar.h"
 #include "env/report_clock.h"
 
 namespace ostrell {
 
 int64_t SecondsSince1970(const SYSTEMTIME& utc) {
-  const auto ticks = TicksFromSystemTime(utc);
+  const auto ticks = TicksFromSystemTime(std::bit_cast<SystemTime>(utc));
   return ticks ? SecondsFromTicks(*ticks) : -1;
 }
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "base/owner.h"
+#include "eventlog/api_handle.h"
 
 namespace eventlog {
 
@@ -21,17 +21,6 @@ struct ClassicEventLogApi {
 // The running system's. Windows only.
 const ClassicEventLogApi& SystemClassicEventLog();
 
-// An open log with the functions that it belongs to.
-struct ClassicLogValue {
-  void* log = nullptr;
-  const ClassicEventLogApi* api = nullptr;
-  bool operator==(const ClassicLogValue& other) const { return log == other.log; }
-};
-struct ClassicLogTraits {
-  using Handle = ClassicLogValue;
-  static Handle Empty() { return {}; }
-  static void Close(Handle owned) noexcept { owned.api->close(owned.log); }
-};
-using ClassicLog = ostrell::Owner<ClassicLogTraits>;
+using ClassicLog = ApiHandle<ClassicEventLogApi>;
 
 }  // namespace eventlog

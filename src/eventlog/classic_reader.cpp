@@ -116,7 +116,7 @@ std::vector<EventRecord> LegacyEventLogReader::ReadEvents(const std::wstring& lo
   while (true) {
     uint32_t read = 0;
     uint32_t needed = 0;
-    if (api.read(log.Get().log, kSequentialBackwards, 0, buffer.data(),
+    if (api.read(log.Get().value, kSequentialBackwards, 0, buffer.data(),
                  static_cast<uint32_t>(buffer.size()), &read, &needed)) {
       const auto filled = ostrell::Slice(buffer, 0, read);
       if (read == 0 || !filled) {

@@ -66,9 +66,9 @@ TEST(ClassicRecords, EveryField) {
   EXPECT_EQ(record.computer, L"PC");
   EXPECT_EQ(record.channel, L"Log");
   EXPECT_EQ(record.data, L"vguard.exe  64d1b2c3");
-  EXPECT_EQ(record.timeCreated.wMonth, 2);
-  EXPECT_EQ(record.timeCreated.wDay, 29);
-  EXPECT_EQ(record.timeCreated.wHour, 23);
+  EXPECT_EQ(record.timeCreated.month, 2);
+  EXPECT_EQ(record.timeCreated.day, 29);
+  EXPECT_EQ(record.timeCreated.hour, 23);
 }
 
 TEST(ClassicRecords, IdsAndLevels) {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "base/owner.h"
+#include "eventlog/api_handle.h"
 
 namespace eventlog {
 
@@ -29,17 +29,6 @@ struct EvtApi {
 // only.
 const EvtApi& LoadedEvtApi();
 
-// A handle with the functions that it belongs to.
-struct EvtHandleValue {
-  void* handle = nullptr;
-  const EvtApi* api = nullptr;
-  bool operator==(const EvtHandleValue& other) const { return handle == other.handle; }
-};
-struct EvtHandleTraits {
-  using Handle = EvtHandleValue;
-  static Handle Empty() { return {}; }
-  static void Close(Handle owned) noexcept { owned.api->close(owned.handle); }
-};
-using EvtHandle = ostrell::Owner<EvtHandleTraits>;
+using EvtHandle = ApiHandle<EvtApi>;
 
 }  // namespace eventlog

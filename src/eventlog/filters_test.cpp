@@ -7,7 +7,7 @@ namespace {
 
 EventRecord At(uint64_t ticks) {
   EventRecord record;
-  record.timeCreated = ostrell::SystemTimeFromTicks(ticks).value_or(SYSTEMTIME{});
+  record.timeCreated = ostrell::SystemTimeFromTicks(ticks).value_or(ostrell::SystemTime{});
   return record;
 }
 

@@ -78,10 +78,10 @@ std::optional<uint16_t> TakeNumber(std::wstring_view& text) {
 }
 
 // Reads "%d-%d-%dT%d:%d:%d"; the fields behind a mismatch stay 0.
-SYSTEMTIME ReadTime(std::wstring_view text) {
-  SYSTEMTIME time{};
-  decltype(time.wYear)* const fields[] = {&time.wYear, &time.wMonth,  &time.wDay,
-                                          &time.wHour, &time.wMinute, &time.wSecond};
+ostrell::SystemTime ReadTime(std::wstring_view text) {
+  ostrell::SystemTime time{};
+  uint16_t* const fields[] = {&time.year, &time.month,  &time.day,
+                              &time.hour, &time.minute, &time.second};
   constexpr std::wstring_view kSeparators = L"--T::";
   for (size_t i = 0; i < std::size(fields); ++i) {
     const auto value = TakeNumber(text);

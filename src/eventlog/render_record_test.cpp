@@ -33,15 +33,15 @@ TEST(EventRecordFromXml, ServiceControlManager) {
   EXPECT_EQ(record.computer, L"PC-17.example.test");
   EXPECT_EQ(record.processId, 0u);  // an attribute, and so not found
   EXPECT_EQ(record.threadId, 0u);
-  const SYSTEMTIME& time = record.timeCreated;
-  EXPECT_EQ(time.wYear, 2026);
-  EXPECT_EQ(time.wMonth, 11);
-  EXPECT_EQ(time.wDay, 20);
-  EXPECT_EQ(time.wHour, 8);
-  EXPECT_EQ(time.wMinute, 15);
-  EXPECT_EQ(time.wSecond, 30);
-  EXPECT_EQ(time.wMilliseconds, 0);
-  EXPECT_EQ(time.wDayOfWeek, 0);
+  const ostrell::SystemTime& time = record.timeCreated;
+  EXPECT_EQ(time.year, 2026);
+  EXPECT_EQ(time.month, 11);
+  EXPECT_EQ(time.day, 20);
+  EXPECT_EQ(time.hour, 8);
+  EXPECT_EQ(time.minute, 15);
+  EXPECT_EQ(time.second, 30);
+  EXPECT_EQ(time.milliseconds, 0);
+  EXPECT_EQ(time.dayOfWeek, 0);
 }
 
 TEST(EventRecordFromXml, FieldsByTheFirstOccurrence) {
@@ -95,14 +95,14 @@ TEST(EventRecordFromXml, Times) {
       {L"65537-1-1T0:0:0", 1, 1, 1, 0, 0, 0},  // 16 bits hold no more
   };
   for (const auto& c : cases) {
-    const SYSTEMTIME time =
+    const ostrell::SystemTime time =
         Read(L"<TimeCreated SystemTime='" + std::wstring(c.value) + L"'/>").timeCreated;
-    EXPECT_EQ(time.wYear, c.year) << c.value;
-    EXPECT_EQ(time.wMonth, c.month) << c.value;
-    EXPECT_EQ(time.wDay, c.day) << c.value;
-    EXPECT_EQ(time.wHour, c.hour) << c.value;
-    EXPECT_EQ(time.wMinute, c.minute) << c.value;
-    EXPECT_EQ(time.wSecond, c.second) << c.value;
+    EXPECT_EQ(time.year, c.year) << c.value;
+    EXPECT_EQ(time.month, c.month) << c.value;
+    EXPECT_EQ(time.day, c.day) << c.value;
+    EXPECT_EQ(time.hour, c.hour) << c.value;
+    EXPECT_EQ(time.minute, c.minute) << c.value;
+    EXPECT_EQ(time.second, c.second) << c.value;
   }
 }
 

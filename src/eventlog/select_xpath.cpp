@@ -10,9 +10,10 @@ using FragmentBuilder = bool (*)(const EventFilter& filter, std::wstring& fragme
 
 // A bound that is no calendar time gives zeros.
 std::wstring Stamp(uint64_t ticks) {
-  const SYSTEMTIME utc = ostrell::SystemTimeFromTicks(ticks).value_or(SYSTEMTIME{});
-  return ostrell::Print(L"%04d-%02d-%02dT%02d:%02d:%02d.000000Z", utc.wYear, utc.wMonth, utc.wDay,
-                        utc.wHour, utc.wMinute, utc.wSecond);
+  const ostrell::SystemTime utc =
+      ostrell::SystemTimeFromTicks(ticks).value_or(ostrell::SystemTime{});
+  return ostrell::Print(L"%04d-%02d-%02dT%02d:%02d:%02d.000000Z", utc.year, utc.month, utc.day,
+                        utc.hour, utc.minute, utc.second);
 }
 
 bool BuildTimeRange(const EventFilter& filter, std::wstring& fragment) {

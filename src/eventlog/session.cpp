@@ -32,11 +32,11 @@ std::vector<EvtHandle> NextEvents(const EvtHandle& results, const EvtApi& api) {
   events.reserve(kBatch);  // before there are handles that a failure could lose
   std::array<void*, kBatch> handles{};
   uint32_t count = 0;
-  if (!api.next(results.Get().handle, kBatch, handles.data(), kNoTimeout, 0, &count)) {
+  if (!api.next(results.Get().value, kBatch, handles.data(), kNoTimeout, 0, &count)) {
     return events;
   }
   for (size_t i = 0; i < std::min<size_t>(count, kBatch); ++i) {
-    events.emplace_back(EvtHandleValue{handles[i], &api});
+    events.emplace_back(EvtHandle::Handle{handles[i], &api});
   }
   return events;
 }
@@ -73,7 +73,7 @@ std::vector<EventRecord> EventLogSession::QueryEvents(const std::wstring& channe
     Fail(kInsufficientBuffer);
     return {};
   }
-  void* const context = session.Get().handle;
+  void* const context = session.Get().value;
   const EvtHandle results(
       {api.query(context, nullptr, document->c_str(), kForwardAndTolerant), &api});
   if (!results) {
@@ -85,7 +85,7 @@ std::vector<EventRecord> EventLogSession::QueryEvents(const std::wstring& channe
     for (EvtHandle& event : events) {
       EventRecord record;
       record.channel = channel;
-      if (RenderEventRecord(context, event.Get().handle, record, api) &&
+      if (RenderEventRecord(context, event.Get().value, record, api) &&
           std::ranges::all_of(inMemoryFilters,
                               [&record](const auto* filter) { return filter->Matches(record); })) {
         records.push_back(std::move(record));
@@ -102,7 +102,7 @@ std::set<std::wstring> EventLogSession::EnumerateChannels() const {
   std::array<wchar_t, 260> path{};
   uint32_t used = 0;
   while (enumeration &&
-         api.nextChannelPath(enumeration.Get().handle, path.size(), path.data(), &used)) {
+         api.nextChannelPath(enumeration.Get().value, path.size(), path.data(), &used)) {
     channels.emplace(path.begin(), std::ranges::find(path, L'\0'));
   }
   return channels;

@@ -26,8 +26,8 @@ class EventLogSession {
   std::vector<EventRecord> QueryEvents(const std::wstring& channel, const std::wstring& provider,
                                        const CompositeFilter& composite);
 
-  // The channels of this computer whose names have fewer than 260 characters, asked anew at every
-  // call.
+  // The channels of this computer, asked anew at every call, up to the first failure, which a name
+  // of 260 characters or more is, too.
   std::set<std::wstring> EnumerateChannels() const;
 
   bool IsOpen() const { return isOpen; }
