@@ -1,4 +1,4 @@
-// What the parts of the unified report cost, each on input like the field's: prints a table.
+// What the parts of the reports cost, each on input like the field's: prints a table.
 //
 // Usage: report_parts DUMP. DUMP is a crash dump; a sparse one of 4 GiB is made beside it for the
 // second row and deleted again.
@@ -13,11 +13,14 @@
 #include <functional>
 #include <string>
 
+#include "base/bytes.h"
 #include "base/handle_win.h"
 #include "base/json.h"
 #include "base/mapped_file_win.h"
 #include "env/client_id_provider.h"
 #include "eventlog/render_record.h"
+#include "reports/sample_pass.h"
+#include "reports/sample_upload.h"
 #include "unified/event_fields.h"
 #include "unified/minidump.h"
 #include "unified/report_item.h"
@@ -100,6 +103,21 @@ bool BenchEvents() {
   return isKept;
 }
 
+void BenchDigests() {
+  const std::string sample(5 << 20, 's');
+  const double seconds = SecondsPerCall([&] { SampleDigest(BytesOf(sample)); });
+  fmt::printf("%-44s%10.2f ns a byte\n", "SHA-1 of a sample of 5 MiB",
+              seconds * 1e9 / static_cast<double>(sample.size()));
+  const std::string path = "C:\\Users\\Sample\\AppData\\Local\\Programs\\Tool\\Setup.exe";
+  const double key = SecondsPerCall([&] {
+    for (int i = 0; i < 1000; ++i) {
+      PathKey(path);
+    }
+  });
+  fmt::printf("%-44s%10.2f ns a byte\n", "key of a path",
+              key * 1e6 / static_cast<double>(path.size()));
+}
+
 void BenchMerging() {
   constexpr int kItems = 10000;
   DefaultClientIdProvider provider;
@@ -132,5 +150,6 @@ int wmain(int argc, wchar_t** argv) {
     return 1;
   }
   ostrell::BenchMerging();
+  ostrell::BenchDigests();
   return 0;
 }

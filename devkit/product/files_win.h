@@ -15,9 +15,6 @@ namespace ostrell {
 // A file of more bytes is not read.
 inline constexpr size_t kFileLimit = size_t{16} << 20;
 
-// Wide form of zero-terminated UTF-8 text; nothing for null, empty or damaged text.
-std::optional<std::wstring> WideFromUtf8(const char* text);
-
 // Full path of a file in the folder of the running program; nothing when the program's own path
 // does not fit MAX_PATH.
 std::optional<std::wstring> PathBesideProgram(const wchar_t* fileName);

@@ -19,6 +19,17 @@ bool WriteAnew(const std::wstring& path, std::string_view text) {
   return file && WriteOnce(file, text) && FlushFileBuffers(file.Get());
 }
 
+bool IsArrayOfObjects(const json_t* value) {
+  size_t i = 0;
+  const json_t* element = nullptr;
+  json_array_foreach(value, i, element) {
+    if (!json_is_object(element)) {
+      return false;
+    }
+  }
+  return json_is_array(value);
+}
+
 }  // namespace
 
 JsonFile LoadJsonFile(const std::wstring& path) {
@@ -29,6 +40,14 @@ JsonFile LoadJsonFile(const std::wstring& path) {
   JsonOwner value(
       json_loadb(content.text.data(), content.text.size(), JSON_REJECT_DUPLICATES, nullptr));
   return {value ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_INVALID_DATA}, std::move(value)};
+}
+
+JsonOwner LoadObjectArray(const std::wstring& path) {
+  JsonFile file = LoadJsonFile(path);
+  if (file.error == ERROR_FILE_NOT_FOUND || file.error == ERROR_PATH_NOT_FOUND) {
+    return JsonOwner(json_array());
+  }
+  return IsArrayOfObjects(file.value.Get()) ? std::move(file.value) : JsonOwner();
 }
 
 bool SaveJsonFile(const std::wstring& path, json_t* value) {

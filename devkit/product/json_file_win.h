@@ -17,6 +17,10 @@ struct JsonFile {
 // A key that occurs twice in one object counts as damage: it is not clear which was meant.
 JsonFile LoadJsonFile(const std::wstring& path);
 
+// An array of objects that lies in a file: an empty one when there is no file; nothing when it
+// holds something else, is damaged or cannot be read.
+JsonOwner LoadObjectArray(const std::wstring& path);
+
 // Writes a file beside it and puts that in its place, so that a reader finds the old content or the
 // new one. The file's folder is made when it is missing, those above it are not. On failure
 // returns false and the old file stays.

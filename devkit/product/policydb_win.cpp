@@ -1,13 +1,15 @@
 // Stand-in for the product's policy database library. Its state is JSON files under the product's
-// data path: "settings\<feature>.json", "documents\<number>.json", and "records.json" for document
-// 0, the record store. It has no quarantine.
+// data path: "settings\<feature>.json", "documents\<number>.json", "records.json" for document 0,
+// the record store, and the folder "quarantine".
 
 #include <string_view>
 
 #include "base/json.h"
+#include "base/text_win.h"
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
 #include "devkit/product/json_file_win.h"
+#include "devkit/product/quarantine_folder_win.h"
 #include "devkit/product/record_query_evaluation.h"
 #include "devkit/product/settings_file_win.h"
 #include "platform/policydb.h"
@@ -41,31 +43,11 @@ class DocumentFile final : public PolicyDocument {
   bool isRecordStore;
 };
 
-bool IsArrayOfObjects(json_t* value) {
-  size_t i = 0;
-  json_t* element = nullptr;
-  json_array_foreach(value, i, element) {
-    if (!json_is_object(element)) {
-      return false;
-    }
-  }
-  return json_is_array(value);
-}
-
-// An empty array when there is no file; empty when it is damaged or cannot be read.
-JsonOwner LoadRecords(const std::wstring& path) {
-  JsonFile file = LoadJsonFile(path);
-  if (file.error == ERROR_FILE_NOT_FOUND) {
-    return JsonOwner(json_array());
-  }
-  return IsArrayOfObjects(file.value.Get()) ? std::move(file.value) : JsonOwner();
-}
-
 // The content of a document; empty when its file is missing, unless it is the record store's, or
 // damaged.
 JsonOwner LoadDocument(const std::wstring& folder, int32_t number) {
   return number == kRecordStore
-             ? LoadRecords(folder + L"records.json")
+             ? LoadObjectArray(folder + L"records.json")
              : LoadJsonFile(folder + L"documents\\" + std::to_wstring(number) + L".json").value;
 }
 
@@ -112,6 +94,14 @@ extern "C" PolicyDocument* OpenDocument(int32_t number, const char* dataPath) {
     }
     JsonOwner content = LoadDocument(folder, number);
     return content ? new DocumentFile(std::move(content), number == kRecordStore) : nullptr;
+  });
+}
+
+// The quarantine of the product; null when there is no data path.
+extern "C" Quarantine* OpenQuarantineFolder() {
+  return Guarded<Quarantine*>(nullptr, []() -> Quarantine* {
+    const std::wstring folder = DataFolder();
+    return folder.empty() ? nullptr : new QuarantineFolder(folder + L"quarantine\\");
   });
 }
 

@@ -1,14 +1,33 @@
 #include <winsock2.h>
 
+#include <exception>
+
 #include "app/report_driver.h"
 #include "app/report_gate.h"
 #include "env/client_id_provider.h"
 #include "env/report_clock.h"
 #include "platform/policydb.h"
+#include "reports/detection_log.h"
 #include "reports/machine_information.h"
+#include "reports/popup_block_log.h"
+#include "reports/samples.h"
+#include "reports/scan_statistics.h"
 #include "unified/unified_report.h"
 
 namespace ostrell {
+namespace {
+
+// A job that runs out of memory has failed like any other: the next ones run.
+template <class Job, class... Args>
+void RunJob(Job job, Args&&... args) {
+  try {
+    job(args...);
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
+}  // namespace
 
 void RunReportDriver() {
   const Settings settings(OpenSettingsStore(FeatureName(kAppIdTable, kOwnAppId)));
@@ -24,11 +43,13 @@ void RunReportDriver() {
   const int64_t now = ReportClock();
   JsonOwner serverInstructions;
 
-  MachineInformationJob(settings, now, serverInstructions);
-  // The other jobs' places, in this order: detection log, pop-up block log, samples (which take the
-  // server's instructions), scan statistics.
+  RunJob(MachineInformationJob, settings, now, serverInstructions);
+  RunJob(DetectionLogJob, settings, now);
+  RunJob(PopupBlockJob, settings, now);
+  RunJob(SampleReports, settings, now, serverInstructions.Get());
+  RunJob(ScanStatsJob, settings, now);
   DefaultClientIdProvider provider;
-  post_unified_report(settings, now, provider);
+  RunJob(post_unified_report, settings, now, provider);
 
   WSACleanup();
 }

@@ -2,7 +2,10 @@
 
 #include <jansson.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "base/owner.h"
 
@@ -34,6 +37,27 @@ using JsonText = Owner<JsonTextTraits>;
 inline std::string CompactText(const JsonOwner& value) {
   const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
   return text ? text.Get() : "";
+}
+
+// Members of an object as json_unpack reads them, which would allocate for every key: nothing when
+// `object` is none, or the member is missing or of another type. The text lives as long as the
+// member.
+inline std::optional<int64_t> Integer64Member(const json_t* object, const char* key) {
+  const json_t* const value = json_object_get(object, key);
+  return json_is_integer(value) ? std::optional<int64_t>(json_integer_value(value)) : std::nullopt;
+}
+
+// The low 32 bits of an integer of any size.
+inline std::optional<int32_t> IntegerMember(const json_t* object, const char* key) {
+  const auto value = Integer64Member(object, key);
+  return value ? std::optional(static_cast<int32_t>(*value)) : std::nullopt;
+}
+
+inline std::optional<std::string_view> TextMember(const json_t* object, const char* key) {
+  const json_t* const value = json_object_get(object, key);
+  return json_is_string(value)
+             ? std::optional(std::string_view(json_string_value(value), json_string_length(value)))
+             : std::nullopt;
 }
 
 }  // namespace ostrell

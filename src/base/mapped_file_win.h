@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 #include "base/handle_win.h"
@@ -19,18 +20,24 @@ struct MappedViewTraits {
   static void Close(Handle view) noexcept { UnmapViewOfFile(view); }
 };
 
-// A whole file mapped for reading; while it is, nobody can write to it. A file that someone has
-// open for writing, or an empty one, cannot be mapped.
+// A file mapped for reading. An empty one cannot be mapped. As long as it is mapped the system lets
+// nobody cut it.
 class MappedFile {
  public:
-  // `path` may be relative to the current directory.
+  // The whole file; nobody else can write to it, and one that someone has open for writing cannot
+  // be mapped. `path` may be relative to the current directory.
   explicit MappedFile(const wchar_t* path);
+  // The first `length` bytes of a file opened for reading, which may grow or be written to
+  // meanwhile. One that has become shorter cannot be mapped.
+  MappedFile(FileHandle opened, uint64_t length);
 
   // 0, or the Windows error code of the step that failed: then there are no bytes.
   DWORD Error() const { return error; }
   std::span<const std::byte> Bytes() const { return {view.Get(), size}; }
 
  private:
+  void Map(uint64_t length);
+
   FileHandle file;
   Owner<MappingTraits> mapping;
   Owner<MappedViewTraits> view;

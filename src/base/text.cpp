@@ -77,6 +77,10 @@ bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
                     [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
 }
 
+bool EqualsIgnoringCase(std::string_view text, std::string_view other) {
+  return text.size() == other.size() && StartsWithIgnoringCase(text, other);
+}
+
 std::string Utf8FromWide(std::wstring_view text) {
   std::string result;
   result.reserve(text.size());

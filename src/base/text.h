@@ -21,8 +21,10 @@ constexpr Char LowerAscii(Char character) {
 std::string_view TrimBlanks(std::string_view text);
 std::string_view TrimTrailingBlanks(std::string_view text);
 
-// True when `text` begins with `prefix`, ASCII letters compared without regard to case.
+// True when `text` begins with `prefix`, or is `other`, ASCII letters compared without regard to
+// case.
 bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
+bool EqualsIgnoringCase(std::string_view text, std::string_view other);
 
 // UTF-8 of wide text: UTF-16 where wchar_t has 16 bits, UTF-32 elsewhere. A surrogate without its
 // partner, or a number past U+10FFFF, becomes U+FFFD, as WideCharToMultiByte does it.

@@ -42,16 +42,6 @@ IdentityText ComputeMachineIdentity(const HardwareApi& api) {
   return Encode(record);
 }
 
-IdentityText& MachineIdentity() {
-  static IdentityText text;
-  return text;
-}
-
-IdentityText& ClientId() {
-  static IdentityText text;
-  return text;
-}
-
 int32_t ComputeIdentity(IdentityText& machineIdentity, IdentityText& clientId) {
   machineIdentity = ComputeMachineIdentity({});
   clientId = ReadOrMakeClientId();

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "base/owner.h"
+#include "platform/svclink.h"
 
 namespace ostrell {
 
@@ -40,6 +41,28 @@ struct PolicyDocument {
   ~PolicyDocument() = default;
 };
 
+// The files that the product holds in quarantine. Ordinal 10.
+struct Quarantine {
+  virtual void Release() = 0;    // slot 0
+  virtual void Reserved1() = 0;  // slots 1 to 8
+  virtual void Reserved2() = 0;
+  virtual void Reserved3() = 0;
+  virtual void Reserved4() = 0;
+  virtual void Reserved5() = 0;
+  virtual void Reserved6() = 0;
+  virtual void Reserved7() = 0;
+  virtual void Reserved8() = 0;
+  // Slot 9: writes a held file into the stream; success is assumed::IsRestored of the result.
+  virtual int32_t Restore(int64_t id, SvclinkObject* stream) = 0;
+  virtual void Reserved10() = 0;  // slots 10 to 12
+  virtual void Reserved11() = 0;
+  virtual void Reserved12() = 0;
+  virtual json_t* List() = 0;  // slot 13: array of entries, new reference or null
+
+ protected:
+  ~Quarantine() = default;
+};
+
 template <class Object>
 struct PolicyObjectTraits {
   using Handle = Object*;
@@ -48,11 +71,15 @@ struct PolicyObjectTraits {
 };
 using SettingsStoreOwner = Owner<PolicyObjectTraits<SettingsStore>>;
 using PolicyDocumentOwner = Owner<PolicyObjectTraits<PolicyDocument>>;
+using QuarantineOwner = Owner<PolicyObjectTraits<Quarantine>>;
 
 // The settings section of `feature`; empty without library, entry or section.
 SettingsStoreOwner OpenSettingsStore(const char* feature);
 
 // The document of that number under `dataPath`; empty without library, entry or document.
 PolicyDocumentOwner OpenPolicyDocument(int32_t document, const char* dataPath);
+
+// The product's quarantine; empty without library, entry or quarantine.
+QuarantineOwner OpenQuarantine();
 
 }  // namespace ostrell

@@ -3,7 +3,7 @@
 #define CURL_DISABLE_DEPRECATION  // CURLOPT_PUT
 #include <curl/curl.h>
 
-#include <string_view>
+#include <limits>
 
 #include "base/owner.h"
 
@@ -152,6 +152,16 @@ bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteC
   transfer.Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(body.Total()));
   transfer.SetSink(sink);
   return transfer.Perform(statusOut);
+}
+
+std::optional<std::string> EscapeForUrl(std::string_view text) {
+  if (text.size() > static_cast<size_t>(std::numeric_limits<int>::max())) {
+    return std::nullopt;
+  }
+  // libcurl measures the text itself when it is told a length of 0.
+  const Owner<CurlTextTraits> escaped(
+      curl_easy_escape(nullptr, text.empty() ? "" : text.data(), static_cast<int>(text.size())));
+  return escaped ? std::optional<std::string>(escaped.Get()) : std::nullopt;
 }
 
 bool IsHttpUrl(const char* url) {

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "transport/byte_chain.h"
@@ -45,6 +47,10 @@ int32_t GetToChain(const char* url, ByteChain& sink, int32_t* statusOut);
 // bounded in time but not in size. Result and status as HttpGet's.
 bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteChain& body,
              ByteChain* responseSink, int32_t* statusOut, TransferLimits limits = kUploadLimits);
+
+// `text` escaped for a URL: all but ASCII letters, digits, "-", ".", "_" and "~" as "%HH"; nothing
+// when there is no memory or the text has 2 GiB or more.
+std::optional<std::string> EscapeForUrl(std::string_view text);
 
 // True when libcurl reads `url` as a URL of one of the two schemes spelled out in it.
 bool IsHttpUrl(const char* url);

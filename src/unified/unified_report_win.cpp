@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <exception>
-#include <limits>
 #include <utility>
 
 #include "base/arithmetic.h"
@@ -10,7 +8,7 @@
 #include "env/report_settings.h"
 #include "platform/tracelog.h"
 #include "transport/report_url.h"
-#include "transport/upload_report.h"
+#include "transport/upload_json.h"
 #include "unified/dump_files.h"
 #include "unified/event_logs.h"
 #include "unified/log_stats.h"
@@ -60,22 +58,17 @@ ReportUrl<> UnifiedReportUrl(IClientIdProvider& provider) {
                             provider.ProcessorClass(0), provider.ClientId());
 }
 
-// Uploads the array, which is released before. Returns the upload's result, 0 on any failure, which
-// a text of 4 GiB or more is, too.
+// Uploads the array, which is released before. Returns the upload's result, 0 on any failure.
 int32_t Send(JsonOwner unified, IClientIdProvider& provider) {
   const size_t count = json_array_size(unified.Get());
-  const JsonText body(json_dumps(unified.Get(), JSON_COMPACT));
-  unified.Reset();
-  const size_t length = body ? std::strlen(body.Get()) : 0;
-  if (length == 0 || length > std::numeric_limits<uint32_t>::max()) {
+  const auto result = UploadJson(UnifiedReportUrl(provider).CStr(), std::move(unified));
+  if (!result) {
     TraceLogger(kOperation, __LINE__, 1)(L"json_dumps failed for unified report array");
     return 0;
   }
-  const int32_t result = UploadReport(UnifiedReportUrl(provider).CStr(), body.Get(),
-                                      static_cast<uint32_t>(length), nullptr, nullptr);
   TraceLogger(kOperation, __LINE__, 1)(L"Unified report completed: %u items, result=%d", count,
-                                       result);
-  return result;
+                                       *result);
+  return *result;
 }
 
 }  // namespace

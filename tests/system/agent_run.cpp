@@ -46,10 +46,21 @@ std::filesystem::path SettingsFile() {
 
 }  // namespace
 
-SampleProduct::SampleProduct() {
+SampleProduct::SampleProduct(Due due) {
   EXPECT_EQ(RunCommand(Quoted(kSource + "/devkit/sample/sample") + " make " + Quoted(kPrefix) +
                        " " + Quoted(kWindowsBuild + "/product")),
             0);
+  if (due == Due::kAll) {
+    EXPECT_EQ(RunCommand(Wine("-all") + Quoted(BinFolder() / "popblock.exe") +
+                         " 'C:\\ProgramData\\Velmora\\Corvane\\adblkuser.db' once >/dev/null 2>&1"),
+              0);
+  } else {
+    constexpr int64_t kYear2100 = 4102444800;
+    for (const char* key :
+         {"rpttm_li", "rpttm_li_tools", "rpttm_sf", "rpttm_fp", "rpttm_qf", "rpttm_cc"}) {
+      SetTime(key, kYear2100);
+    }
+  }
 }
 
 std::filesystem::path SampleProduct::BinFolder() const {
@@ -117,7 +128,8 @@ RunResult RunAgent(const std::string& channels) {
   return {exitCode, ReadText(trace)};
 }
 
-AgentServer::AgentServer() : server(ReportServerOptions{.store = EmptyFolder(kReceived)}) {
+AgentServer::AgentServer(std::set<std::string> known)
+    : server(ReportServerOptions{.store = EmptyFolder(kReceived), .known = std::move(known)}) {
   std::string why;
   EXPECT_TRUE(server.Start(&why)) << why;
 }
@@ -147,16 +159,19 @@ std::vector<AgentServer::Request> AgentServer::Requests(const std::string& repor
   return requests;
 }
 
-JsonOwner AgentServer::Body(const std::string& report) const {
-  std::string text;
-  int uploads = 0;
+std::vector<std::string> AgentServer::Bodies(const std::string& report) const {
+  std::vector<std::string> bodies;
   for (const Request& request : Requests(report)) {
     if (request.method == "PUT") {
-      ++uploads;
-      text = ReadText(fmt::format("{}/{:04}.body", kReceived, request.number));
+      bodies.push_back(ReadText(fmt::format("{}/{:04}.body", kReceived, request.number)));
     }
   }
-  return JsonOwner(uploads == 1 ? json_loads(text.c_str(), 0, nullptr) : nullptr);
+  return bodies;
+}
+
+JsonOwner AgentServer::Body(const std::string& report) const {
+  const auto bodies = Bodies(report);
+  return JsonOwner(bodies.size() == 1 ? json_loads(bodies[0].c_str(), 0, nullptr) : nullptr);
 }
 
 std::string ReadText(const std::filesystem::path& file) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,10 @@ namespace ostrell {
 // The sample product in a Wine prefix of the tests' own, made afresh.
 class SampleProduct {
  public:
-  SampleProduct();
+  // Which reports its first run sends: rc1 and rc7, or every one. Of the others the settings file
+  // says that they were sent in the year 2100.
+  enum class Due { kMachineAndUnified, kAll };
+  explicit SampleProduct(Due due = Due::kMachineAndUnified);
 
   // The folders of the installation, as this machine sees them.
   std::filesystem::path BinFolder() const;      // where ostrell.exe and the closed libraries lie
@@ -49,7 +53,8 @@ RunResult RunAgent(const std::string& channels = "-all");
 // A server on the built-in base URL. Fails the test where the port is taken.
 class AgentServer {
  public:
-  AgentServer();
+  // `known` are the SHA-1 digests of samples that it has.
+  explicit AgentServer(std::set<std::string> known = {});
 
   struct Request {
     int64_t number;
@@ -61,7 +66,9 @@ class AgentServer {
   // Those of one report, or all.
   std::vector<Request> Requests(const std::string& report = "") const;
 
-  // The unpacked body of the one upload of that report; nothing when there was none, or several.
+  // The unpacked bodies of the uploads of that report.
+  std::vector<std::string> Bodies(const std::string& report) const;
+  // That of the one upload; nothing when there was none, or several.
   JsonOwner Body(const std::string& report) const;
 
   ReportServer server;

@@ -1,0 +1,87 @@
+// The work behind the reports of records, pop-up rows and files, natively and one piece a run, to
+// be timed against the same work done by libraries or other programs alone.
+//
+// Usage: report_data keep FILE      a JSON array of records: parse, keep and flatten, print
+//        report_data print FILE     the same, parse and print alone
+//        report_data popup DATABASE entries of the pop-up block database, printed
+//        report_data pack FILE      compress and digest a body
+//        report_data upload FILE    the same and send it to the server in OSTRELL_TEST_SERVER
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include "base/json.h"
+#include "reports/detection_records.h"
+#include "reports/popup_block_log.h"
+#include "store/record_store.h"
+#include "store/schema.h"
+#include "transport/pack_body.h"
+#include "transport/upload_report.h"
+#include "unified/record_query.h"
+
+namespace ostrell {
+namespace {
+
+bool PrintArray(const JsonOwner& array) {
+  const std::string text = CompactText(array);
+  return !text.empty() && std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+}
+
+JsonOwner LoadArray(const char* path) {
+  return JsonOwner(json_load_file(path, 0, nullptr));
+}
+
+JsonOwner PopupEntries(const char* path) {
+  Connection database;
+  if (OpenRecordStore(path, database) != 1 || EnsureSchema(database.Get()) != 1) {
+    return {};
+  }
+  const JsonOwner all = RecordsInRange(0, std::numeric_limits<int64_t>::max());
+  return KeepPopupEntries(FetchBlockItems(database, all.Get()));
+}
+
+std::string ReadFile(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool Pack(const std::string& body) {
+  ByteChain packed;
+  std::string digest;
+  return PackBody(packed, &digest, body.data(), static_cast<uint32_t>(body.size())) == 1;
+}
+
+bool Upload(const std::string& body) {
+  const char* const server = std::getenv("OSTRELL_TEST_SERVER");
+  const std::string url = std::string(server != nullptr ? server : "") + "/v8/rc2.php?u=0&regid=0";
+  return UploadReport(url.c_str(), body.data(), static_cast<uint32_t>(body.size())) == 1;
+}
+
+bool Run(std::string_view work, const char* path) {
+  if (work == "keep") {
+    return PrintArray(KeepDetectionRecords(LoadArray(path)));
+  }
+  if (work == "print") {
+    return PrintArray(LoadArray(path));
+  }
+  if (work == "popup") {
+    return PrintArray(PopupEntries(path));
+  }
+  return work == "pack" ? Pack(ReadFile(path)) : work == "upload" && Upload(ReadFile(path));
+}
+
+}  // namespace
+}  // namespace ostrell
+
+// NOLINTNEXTLINE(bugprone-exception-escape): what is thrown ends a tool like this.
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::fputs("usage: report_data keep|print|popup|pack|upload FILE\n", stderr);
+    return 2;
+  }
+  return ostrell::Run(argv[1], argv[2]) ? 0 : 1;
+}

@@ -1,0 +1,199 @@
+#include "devkit/report_server/request_summary.h"
+
+#include <fmt/core.h>
+
+#include <array>
+#include <fstream>
+#include <map>
+
+namespace ostrell {
+namespace {
+
+// A member of an item in the form that a query has.
+std::string AsQueryValue(const json_t* value) {
+  return json_is_integer(value)  ? fmt::format("{}", json_integer_value(value))
+         : json_is_string(value) ? json_string_value(value)
+                                 : "";
+}
+
+// What the server found in the body, or the fault that it was told to commit.
+std::string Remark(const json_t* line) {
+  const std::string fault = TextOf(line, "fault");
+  if (!fault.empty()) {
+    return "  fault: " + fault;
+  }
+  if (TextOf(line, "method") != "PUT") {
+    return "";
+  }
+  const std::string json = TextOf(line, "json");
+  return fmt::format("  digest {}, zlib {}{}", TextOf(line, "digest"), TextOf(line, "zlib"),
+                     json == "none" ? "" : ", JSON " + json);
+}
+
+// Values that rc1 has said already are only named.
+void PrintQuery(const json_t* line, const json_t* machineInformation) {
+  std::string repeated;
+  const char* key = nullptr;
+  json_t* value = nullptr;
+  json_object_foreach(json_object_get(const_cast<json_t*>(line), "query"), key, value) {
+    if (json_equal(value, json_object_get(machineInformation, key)) != 0) {
+      repeated.append(" ").append(key);
+    } else {
+      fmt::print("           {:<6} {}\n", key, json_string_value(value));
+    }
+  }
+  if (!repeated.empty()) {
+    fmt::print("           as rc1{}\n", repeated);
+  }
+}
+
+std::filesystem::path BodyFile(const json_t* line, const std::filesystem::path& store) {
+  return store / fmt::format("{:04}.body", json_integer_value(json_object_get(line, "number")));
+}
+
+// "" or what is wrong with the client fields of an item.
+std::string CheckClientFields(const json_t* item, const json_t* machineInformation) {
+  constexpr std::array kFields = {"u", "c", "v", "d", "s", "x", "ma", "mi", "bu", "re"};
+  for (const char* field : kFields) {
+    const std::string value = AsQueryValue(json_object_get(item, field));
+    const char* expected = json_string_value(json_object_get(machineInformation, field));
+    if (value.empty() || (expected != nullptr && value != expected)) {
+      return fmt::format("{} is \"{}\"", field, value);
+    }
+  }
+  return json_is_integer(json_object_get(item, "r")) ? "" : "r is missing";
+}
+
+// False when a client field of an item is missing or wrong.
+bool PrintClientFields(const json_t* items, const json_t* machineInformation) {
+  std::string wrong;
+  size_t index = 0;
+  const json_t* item = nullptr;
+  json_array_foreach(items, index, item) {
+    if (const std::string why = CheckClientFields(item, machineInformation); !why.empty()) {
+      wrong = fmt::format("item {}: {}", index, why);
+    }
+  }
+  fmt::print("           fields     {}\n", wrong.empty() ? "all eleven in every item" : wrong);
+  return wrong.empty();
+}
+
+// How many items have which value of a member.
+void PrintCounts(const json_t* items, const char* member) {
+  std::map<std::pair<size_t, std::string>, size_t> counts;  // numbers in their order
+  size_t index = 0;
+  const json_t* item = nullptr;
+  json_array_foreach(items, index, item) {
+    if (const json_t* const value = json_object_get(item, member); value != nullptr) {
+      const std::string text = AsQueryValue(value);
+      ++counts[{json_is_integer(value) ? text.size() : 0, text}];
+    }
+  }
+  if (counts.empty()) {
+    return;
+  }
+  fmt::print("           {}:", member);
+  for (const auto& [value, count] : counts) {
+    fmt::print(" {}{}", value.second, count == 1 ? "" : fmt::format(" ({})", count));
+  }
+  fmt::print("\n");
+}
+
+// What tells the items of a report apart; nothing for one without items.
+std::vector<const char*> TellingMembers(std::string_view report) {
+  if (report == "rc2") {
+    return {"fid", "submit_record"};
+  }
+  if (report == "rc5") {
+    return {"product_name", "gname"};
+  }
+  return report == "rc7" ? std::vector{"report_type"} : std::vector<const char*>();
+}
+
+// What an upload holds; false when it is an rc7 whose client fields are wrong.
+bool PrintBody(const json_t* line, const std::filesystem::path& store,
+               const json_t* machineInformation) {
+  const std::filesystem::path body = BodyFile(line, store);
+  fmt::print("           body   {}\n", body.string());
+  const std::string report = TextOf(line, "report");
+  const std::vector<const char*> members = TellingMembers(report);
+  if (members.empty()) {
+    return true;
+  }
+  const JsonOwner items(json_load_file(body.c_str(), 0, nullptr));
+  for (const char* member : members) {
+    PrintCounts(items.Get(), member);
+  }
+  return report != "rc7" || PrintClientFields(items.Get(), machineInformation);
+}
+
+void PrintLine(const json_t* line) {
+  const std::string target = TextOf(line, "target");
+  fmt::print("{:<10} {:<4} {:<18} {:>6} {:>8} {:>9} {:>6}{}\n", TextOf(line, "report"),
+             TextOf(line, "method"), target.substr(0, target.find('?')), NumberOf(line, "status"),
+             NumberOf(line, "packed"), NumberOf(line, "unpacked"), NumberOf(line, "items"),
+             Remark(line));
+}
+
+}  // namespace
+
+std::vector<JsonOwner> LoadRequests(const std::filesystem::path& store, size_t after) {
+  std::vector<JsonOwner> requests;
+  std::ifstream lines(store / "requests.jsonl");
+  size_t count = 0;
+  for (std::string text; std::getline(lines, text);) {
+    JsonOwner line(json_loads(text.c_str(), JSON_ALLOW_NUL, nullptr));
+    if (++count > after && line) {
+      requests.push_back(std::move(line));
+    }
+  }
+  return requests;
+}
+
+std::string TextOf(const json_t* line, const char* member) {
+  return std::string(TextMember(line, member).value_or(""));
+}
+
+std::string NumberOf(const json_t* line, const char* member) {
+  const auto number = Integer64Member(line, member);
+  return number ? fmt::format("{}", *number) : "-";
+}
+
+std::string QueryValueOf(const json_t* line, const char* name) {
+  return TextOf(json_object_get(line, "query"), name);
+}
+
+bool HasArrived(const json_t* line) {
+  if (TextOf(line, "report") == "rc1") {
+    return NumberOf(line, "status") == "200";
+  }
+  return TextOf(line, "method") == "PUT" && TextOf(line, "digest") == "ok" &&
+         TextOf(line, "zlib") == "ok" && TextOf(line, "json") != "damaged";
+}
+
+std::vector<std::string> PrintRequests(const std::vector<JsonOwner>& requests,
+                                       const std::filesystem::path& store) {
+  fmt::print("{:<10} {:<23} {:>6} {:>8} {:>9} {:>6}\n", "report", "request", "status", "packed",
+             "unpacked", "items");
+  const json_t* machineInformation = nullptr;
+  std::vector<std::string> arrived;
+  for (const JsonOwner& line : requests) {
+    PrintLine(line.Get());
+    bool isSound = HasArrived(line.Get());
+    if (TextOf(line.Get(), "method") == "PUT") {
+      isSound = PrintBody(line.Get(), store, machineInformation) && isSound;
+    } else {
+      PrintQuery(line.Get(), machineInformation);
+    }
+    const std::string report = TextOf(line.Get(), "report");
+    if (report == "rc1") {
+      machineInformation = json_object_get(line.Get(), "query");
+    }
+    if (isSound) {
+      arrived.push_back(report);
+    }
+  }
+  return arrived;
+}
+
+}  // namespace ostrell

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/json.h"
+
+namespace ostrell {
+
+// What the requests of one run say, for people.
+
+// The lines of requests.jsonl in the server's folder `store` behind the first `after`, as
+// docs/report-protocol.md describes them. Lines that are no JSON are left out.
+std::vector<JsonOwner> LoadRequests(const std::filesystem::path& store, size_t after);
+
+// Members of such a line, "" or "-" where there is none.
+std::string TextOf(const json_t* line, const char* member);
+std::string NumberOf(const json_t* line, const char* member);
+// A decoded value of its query; "" where there is none.
+std::string QueryValueOf(const json_t* line, const char* name);
+
+// True for an answer to rc1 with 200, and for a PUT whose digest, stream and JSON are sound.
+bool HasArrived(const json_t* line);
+
+// The requests as they came in, and behind each upload what it holds. Returns the reports that
+// arrived; an rc7 whose client fields are not those of rc1 did not.
+std::vector<std::string> PrintRequests(const std::vector<JsonOwner>& requests,
+                                       const std::filesystem::path& store);
+
+}  // namespace ostrell

@@ -1,0 +1,53 @@
+// Any JSON text as the records that the product's library might hand over: whatever comes in, what
+// is kept is flat and no more than that.
+#include "base/json.h"
+#include "fuzz/fuzz_target.h"
+#include "reports/detection_records.h"
+#include "reports/popup_block_log.h"
+#include "reports/quarantine.h"
+#include "reports/sample_pass.h"
+
+namespace {
+
+using namespace ostrell;
+
+void CheckKept(const json_t* record) {
+  Require(json_is_object(record) && json_object_get(record, "detail") == nullptr);
+  const auto treatment = Integer64Member(record, "treatment");
+  Require(!treatment || (*treatment >= 0 && *treatment <= 0xFFFF));
+  Require(!json_is_integer(json_object_get(record, "ts")));
+}
+
+void ReadAsOtherLists(const json_t* records) {
+  size_t index = 0;
+  json_t* record = nullptr;
+  json_array_foreach(records, index, record) {
+    for (PathOfRecord* const pathOf :
+         {SubmittedSamplePath, NetworkProgramPath, FalsePositivePath}) {
+      if (const auto path = pathOf(record)) {
+        PathKey(*path);
+      }
+    }
+    const QuarantineInstructions instructions{1, records};
+    if (const auto entry = ReadQuarantineEntry(record)) {
+      IsWanted(*entry, instructions);
+    }
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  const JsonOwner records(json_loadb(reinterpret_cast<const char*>(data), size, 0, nullptr));
+  ReadAsOtherLists(records.Get());
+  const JsonOwner entries = KeepPopupEntries(records);
+  Require(json_array_size(entries.Get()) <= json_array_size(records.Get()));
+  const JsonOwner kept = KeepDetectionRecords(records);
+  Require(json_array_size(kept.Get()) <= json_array_size(records.Get()));
+  size_t index = 0;
+  json_t* record = nullptr;
+  json_array_foreach(kept.Get(), index, record) {
+    CheckKept(record);
+  }
+  return 0;
+}

@@ -1,0 +1,226 @@
+#include "reports/detection_records.h"
+
+#include <string_view>
+
+#include "base/bytes.h"
+#include "reports/detection_kinds.h"
+#include "reports/fingerprint.h"
+
+namespace ostrell {
+namespace {
+
+struct Unpacked {
+  int32_t fid;
+  json_t* detail;
+};
+
+std::optional<Unpacked> Unpack(const json_t* record) {
+  const auto fid = IntegerMember(record, "fid");
+  json_t* const detail = json_object_get(record, "detail");
+  return fid && detail != nullptr ? std::optional(Unpacked{*fid, detail}) : std::nullopt;
+}
+
+json_t* MasterProcess(const json_t* detail) {
+  return json_object_get(json_object_get(detail, "processes"), "master");
+}
+
+// Merges the members of `from` into `to`. One of them may replace the one that holds `from`.
+void Merge(json_t* to, json_t* from) {
+  const JsonOwner kept(json_incref(from));
+  json_object_update(to, kept.Get());
+}
+
+// The host of a URL, or what stands in its place: from behind the first "://", or else from the
+// beginning, to the first "/".
+std::string_view HostOf(std::string_view url) {
+  constexpr std::string_view kSchemeEnd = "://";
+  const size_t scheme = url.find(kSchemeEnd);
+  if (scheme != std::string_view::npos) {
+    url.remove_prefix(scheme + kSchemeEnd.size());
+  }
+  return url.substr(0, url.find('/'));
+}
+
+void DeriveDomain(json_t* detail, const char* source) {
+  if (const auto url = TextMember(detail, source)) {
+    const std::string_view host = HostOf(*url);
+    json_object_set_new(detail, "domain", json_stringn(host.data(), host.size()));
+  }
+}
+
+void DeleteMailMembers(json_t* detail) {
+  for (const char* name :
+       {"mail_from", "mail_to", "mail_cc", "mail_bcc", "mail_subject", "pathname"}) {
+    json_object_del(detail, name);
+  }
+}
+
+bool HasMember(const json_t* object, const char* name) {
+  return json_object_get(object, name) != nullptr;
+}
+
+// A member of a member of ... of `object`, by names divided by ".".
+const json_t* MemberByPath(const json_t* object, std::string_view path) {
+  while (object != nullptr) {
+    const size_t end = path.find('.');
+    const std::string_view name = path.substr(0, end);
+    object = json_object_getn(object, name.data(), name.size());
+    if (end == std::string_view::npos) {
+      break;
+    }
+    path.remove_prefix(end + 1);
+  }
+  return object;
+}
+
+uint32_t ChainInteger(uint32_t fingerprint, int32_t value) {
+  char bytes[sizeof value];
+  for (size_t i = 0; i < sizeof value; ++i) {
+    bytes[i] = static_cast<char>(static_cast<uint32_t>(value) >> (8 * i));
+  }
+  return ChainFingerprint(fingerprint, {bytes, sizeof bytes});
+}
+
+uint32_t ChainText(uint32_t fingerprint, const json_t* value) {
+  return json_is_string(value)
+             ? ChainFingerprint(fingerprint, {json_string_value(value), json_string_length(value)})
+             : fingerprint;
+}
+
+uint32_t ChainField(uint32_t fingerprint, const json_t* detail, const FingerprintField& field) {
+  using Type = FingerprintField::Type;
+  const json_t* const value = MemberByPath(detail, field.name);
+  if (field.type == Type::kInteger) {
+    return ChainInteger(fingerprint, static_cast<int32_t>(json_integer_value(value)));
+  }
+  if (field.type != Type::kText) {
+    const bool isRogue = TextMember(detail, "clsname") == "rogue";
+    if (isRogue != (field.type == Type::kTextOfRogue)) {
+      return fingerprint;
+    }
+  }
+  return ChainText(fingerprint, value);
+}
+
+void MarkSubmitted(json_t* record) {
+  const auto fid = IntegerMember(record, "fid");
+  const auto name = TextMember(record, "recname");
+  if (!fid || (!name && HasMember(record, "recname"))) {
+    return;
+  }
+  if (*fid < 0) {
+    json_object_set_new(record, "fid", json_integer(KindOf(*fid)));
+  }
+  if (*fid < 0 || (name && name->find("!submit") != std::string_view::npos)) {
+    json_object_set_new(record, "submit_record", json_integer(1));
+  }
+}
+
+void ShortenTreatmentAndTime(json_t* record) {
+  if (const auto treatment = IntegerMember(record, "treatment")) {
+    json_object_set_new(record, "treatment", json_integer(*treatment & 0xFFFF));
+  }
+  if (const auto time = Integer64Member(record, "ts")) {
+    json_object_set_new(record, "ts_occur", json_integer(*time));
+    json_object_del(record, "ts");
+  }
+}
+
+// The text behind the last backslash; all of it when there is none or it is the last character.
+std::string_view BaseName(std::string_view path) {
+  const size_t slash = path.rfind('\\');
+  return slash == std::string_view::npos || slash + 1 == path.size() ? path
+                                                                     : path.substr(slash + 1);
+}
+
+void AddBaseNames(json_t* record) {
+  constexpr struct {
+    const char* path;
+    const char* name;
+  } kPaths[] = {{"procname", "procname_name"},
+                {"p_procname", "p_procname_name"},
+                {"pathname", "pathname_name"},
+                {"prot_procname", "prot_procname_name"},
+                {"res_path", "res_path_name"}};
+  for (const auto& [path, name] : kPaths) {
+    if (const auto text = TextMember(record, path)) {
+      const std::string_view base = BaseName(*text);
+      json_object_set_new(record, name, json_stringn(base.data(), base.size()));
+    }
+  }
+}
+
+}  // namespace
+
+bool NormalizeRecord(json_t* record) {
+  json_object_del(record, "id");
+  const auto unpacked = Unpack(record);
+  if (!unpacked) {
+    return false;
+  }
+  json_t* const detail = unpacked->detail;
+  switch (KindOf(unpacked->fid)) {
+    case 2:
+    case 28:
+      if (json_t* const master = MasterProcess(detail)) {
+        Merge(detail, master);
+        return true;
+      }
+      return false;
+    case 15:
+      DeriveDomain(detail, "url");
+      return HasMember(detail, "clsname");
+    case 41:
+      DeleteMailMembers(detail);
+      return true;
+    case 46:
+      DeriveDomain(detail, "pathname");
+      return HasMember(detail, "rid") || HasMember(detail, "recname");
+    case 48:
+      DeriveDomain(detail, "url");
+      return true;
+    default:
+      return true;
+  }
+}
+
+uint32_t RecordFingerprint(const json_t* record) {
+  const auto unpacked = Unpack(record);
+  if (!unpacked) {
+    return 0;
+  }
+  uint32_t fingerprint = ChainInteger(0, unpacked->fid);
+  for (const FingerprintField& field : FingerprintFields(KindOf(unpacked->fid))) {
+    fingerprint = ChainField(fingerprint, unpacked->detail, field);
+  }
+  return fingerprint;
+}
+
+json_t* FlattenRecord(json_t* record) {
+  Merge(record, json_object_get(record, "detail"));
+  json_object_del(record, "detail");
+  MarkSubmitted(record);
+  ShortenTreatmentAndTime(record);
+  AddBaseNames(record);
+  return record;
+}
+
+JsonOwner KeepDetectionRecords(const JsonOwner& records) {
+  JsonOwner kept(json_array());
+  FingerprintSet met(kMostFingerprints);
+  size_t index = 0;
+  json_t* record = nullptr;
+  json_array_foreach(records.Get(), index, record) {
+    if (!NormalizeRecord(record)) {
+      continue;
+    }
+    const uint32_t fingerprint = RecordFingerprint(record);
+    if (!met.Contains(fingerprint)) {
+      json_array_append(kept.Get(), FlattenRecord(record));
+      met.Insert(fingerprint);
+    }
+  }
+  return json_array_size(kept.Get()) > 0 ? std::move(kept) : JsonOwner();
+}
+
+}  // namespace ostrell

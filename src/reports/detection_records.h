@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/json.h"
+
+namespace ostrell {
+
+// Records of the product's detection log: objects with an integer kind under "fid", the time under
+// "ts", a row number under "id" and an object under "detail" whose members depend on the kind. They
+// come from a library and may be anything: a member of another type counts as json_unpack counts
+// it, an integer of more than 32 bits by its low ones. Text may have any length and is not copied.
+
+// The records of [from, to], in seconds since 1970: those of the reported kinds and those that the
+// user submitted, as KeepDetectionRecords leaves them. Nothing when there is none. Windows only.
+JsonOwner CollectDetectionRecords(int64_t from, int64_t to);
+
+// Drops malformed records and those that are one event with an earlier one, and flattens the rest,
+// in place and in order. Nothing when none is left.
+JsonOwner KeepDetectionRecords(const JsonOwner& records);
+
+// Brings a record into the form that the fingerprint is taken of: deletes "id", and by kind derives
+// "domain", takes over what the master process says, or deletes what is private in a mail. False
+// when the record is dropped: no "fid" or "detail", or a member missing that its kind has to have.
+bool NormalizeRecord(json_t* record);
+
+// The fingerprint of a normalised record; 0 without "fid" or "detail".
+uint32_t RecordFingerprint(const json_t* record);
+
+// Rewrites a normalised record as an object of one level and returns it: the members of "detail"
+// replace its own of the same name, "submit_record" marks what the user submitted, "treatment"
+// keeps its low 16 bits, "ts" becomes "ts_occur", and each path is joined by its base name.
+json_t* FlattenRecord(json_t* record);
+
+}  // namespace ostrell

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/json.h"
+#include "env/settings.h"
+
+namespace ostrell {
+
+// rc5, the pop-up block log report: what the product's pop-up blocker and its kin have blocked
+// since the last report. Gating and recording are those of rc2 (detection_log.h), under a key of
+// its own.
+void PopupBlockJob(const Settings& settings, int64_t now);
+
+// Sends the entries of [from, to], in seconds since 1970. Returns 1 when they were uploaded, else
+// 0.
+int32_t SendPopupBlockReport(int64_t from, int64_t to);
+
+// The entries of [from, to], newest first, as KeepPopupEntries leaves them, from the product's
+// pop-up block database. That is opened, repaired and made as record_store.h says. Nothing when it
+// does not open or holds none. Windows only.
+JsonOwner CollectPopupBlockEntries(int64_t from, int64_t to);
+
+// The "detail" objects of the rows that name a "product_name", each as it stands, without those
+// whose fingerprint an earlier one has. Nothing when none is left.
+JsonOwner KeepPopupEntries(const JsonOwner& rows);
+
+// Entries of the pop-up blocker itself ("product_name" is "popblock") are told apart by group and
+// item ("gname", "iname"), all others by "product_name" alone. 0 when that is no text.
+uint32_t PopupFingerprint(const json_t* entry);
+
+}  // namespace ostrell

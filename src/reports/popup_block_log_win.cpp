@@ -1,0 +1,44 @@
+#include "env/product_paths.h"
+#include "reports/popup_block_log.h"
+#include "reports/windowed_report.h"
+#include "store/record_store.h"
+#include "store/schema.h"
+#include "transport/report_url.h"
+#include "unified/record_query.h"
+
+namespace ostrell {
+namespace {
+
+constexpr size_t kPopupDatabase = 24;
+static_assert(kDatabaseNames[kPopupDatabase] == "adblkuser.db");
+
+bool HasSchema(sqlite3* database) {
+  const MutexHold held = HoldMutex(database);
+  return EnsureSchema(database) == 1;
+}
+
+JsonOwner FetchPopupRows(json_t* query) {
+  const PathText& path = GetProductPaths().databases[kPopupDatabase];
+  Connection database;
+  if (OpenRecordStore(path.CStr(), database) == 1 && !HasSchema(database.Get())) {
+    CloseRecordStore(database);
+  }
+  return FetchBlockItems(database, query);
+}
+
+}  // namespace
+
+void PopupBlockJob(const Settings& settings, int64_t now) {
+  RunWindowedReport(settings, now, kPopupBlockLogTime,
+                    [now](int64_t from) { return SendPopupBlockReport(from, now); });
+}
+
+int32_t SendPopupBlockReport(int64_t from, int64_t to) {
+  return SendRecords(kPopupBlockLogUrl, CollectPopupBlockEntries(from, to));
+}
+
+JsonOwner CollectPopupBlockEntries(int64_t from, int64_t to) {
+  return KeepPopupEntries(FetchPopupRows(RecordsInRange(from, to).Get()));
+}
+
+}  // namespace ostrell

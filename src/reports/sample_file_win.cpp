@@ -1,0 +1,84 @@
+#include "reports/sample_file_win.h"
+
+#include <windows.h>
+
+#include <utility>
+
+#include "base/text_win.h"
+#include "env/product_paths.h"
+#include "reports/sample_upload.h"
+
+namespace ostrell {
+namespace {
+
+// As long as it lives, the calling thread sees the file system as it is: a 32-bit process on 64-bit
+// Windows is shown another system directory.
+class RealFileSystem {
+ public:
+  RealFileSystem() : isSwitched(entries().disable != nullptr && entries().disable(&before)) {}
+  ~RealFileSystem() {
+    if (isSwitched && entries().revert != nullptr) {
+      entries().revert(before);
+    }
+  }
+  RealFileSystem(const RealFileSystem&) = delete;
+  RealFileSystem& operator=(const RealFileSystem&) = delete;
+
+ private:
+  struct Entries {
+    decltype(&Wow64DisableWow64FsRedirection) disable;
+    decltype(&Wow64RevertWow64FsRedirection) revert;
+  };
+  static const Entries& entries();
+
+  void* before = nullptr;
+  bool isSwitched;
+};
+
+template <class Function>
+Function KernelEntry(const char* name) {
+  const FARPROC entry = GetProcAddress(GetModuleHandleW(L"kernel32"), name);
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(entry));
+}
+
+// Looked up once: not every Windows has them.
+const RealFileSystem::Entries& RealFileSystem::entries() {
+  static const Entries found = {
+      KernelEntry<decltype(Entries::disable)>("Wow64DisableWow64FsRedirection"),
+      KernelEntry<decltype(Entries::revert)>("Wow64RevertWow64FsRedirection")};
+  return found;
+}
+
+FileHandle OpenShared(const wchar_t* path) {
+  // A path may lead to a pipe: whoever serves it learns who asks, and may not act in our name.
+  constexpr DWORD kIdentificationOnly = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+  const RealFileSystem real;
+  return FileHandle(
+      CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | kIdentificationOnly, nullptr));
+}
+
+}  // namespace
+
+SampleFile::SampleFile(const char* path) {
+  const auto widePath = WideFromUtf8(path);
+  if (!widePath || widePath->size() >= kPathSize) {
+    return;
+  }
+  FileHandle file = OpenShared(widePath->c_str());
+  LARGE_INTEGER size{};
+  if (!file || !GetFileSizeEx(file.Get(), &size)) {
+    return;
+  }
+  const auto length = static_cast<uint64_t>(size.QuadPart);
+  if (!IsSampleSize(length)) {
+    state = State::kWrongSize;
+    return;
+  }
+  mapped.emplace(std::move(file), length);
+  if (mapped->Error() == ERROR_SUCCESS) {
+    state = State::kReadable;
+  }
+}
+
+}  // namespace ostrell

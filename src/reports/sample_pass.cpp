@@ -1,0 +1,69 @@
+#include "reports/sample_pass.h"
+
+#include <algorithm>
+#include <string>
+
+#include "base/arithmetic.h"
+#include "base/bytes.h"
+#include "base/murmur.h"
+#include "base/text.h"
+
+namespace ostrell {
+namespace {
+
+constexpr int64_t kTimeBudget = 900;  // seconds
+
+}  // namespace
+
+uint64_t PathKey(std::string_view path) {
+  constexpr uint64_t kSeed = 0x19870714;
+  std::string lower(path);
+  std::transform(lower.begin(), lower.end(), lower.begin(), LowerAscii<char>);
+  return MurmurHash64B(BytesOf(lower), kSeed);
+}
+
+std::optional<std::string_view> SubmittedSamplePath(const json_t* record) {
+  if (const auto path = TextMember(json_object_get(record, "detail"), "pathname")) {
+    return path;
+  }
+  return TextMember(json_object_get(json_object_get(record, "processes"), "master"), "pathname");
+}
+
+std::optional<std::string_view> NetworkProgramPath(const json_t* record) {
+  const auto path = TextMember(json_object_get(record, "detail"), "procname");
+  return path && !EqualsIgnoringCase(*path, "system") && !EqualsIgnoringCase(*path, "idle")
+             ? path
+             : std::nullopt;
+}
+
+std::optional<std::string_view> FalsePositivePath(const json_t* record) {
+  const json_t* const detail = json_object_get(record, "detail");
+  const auto name = TextMember(detail, "recname");
+  const bool isWanted = IntegerMember(detail, "solid") == 0 &&
+                        IntegerMember(detail, "result") == 0 && name &&
+                        StartsWithIgnoringCase(*name, "Virus/");
+  return isWanted ? TextMember(detail, "pathname") : std::nullopt;
+}
+
+void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
+                   const std::function<void(const char* path)>& submit, const SampleClock& clock) {
+  const int64_t began = clock();
+  size_t index = 0;
+  json_t* record = nullptr;
+  json_array_foreach(records.Get(), index, record) {
+    if (WrappingDifference(clock(), began) > kTimeBudget) {
+      return;
+    }
+    const auto path = pathOf(record);
+    if (!path) {
+      continue;
+    }
+    const uint64_t key = PathKey(*path);
+    if (!handled.Contains(key)) {
+      submit(path->data());
+      handled.Insert(key);
+    }
+  }
+}
+
+}  // namespace ostrell

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+#include "base/json.h"
+#include "base/limited_set.h"
+
+namespace ostrell {
+
+// A pass over records of the product's log that hands on the files which they name, each file once.
+
+// The same for paths that differ only in the case of ASCII letters: MurmurHash64B of the path in
+// lower case, with a seed of its own.
+uint64_t PathKey(std::string_view path);
+
+// The files that a run has handled. One past the limit is handled again.
+using PathKeys = LimitedSet<uint64_t>;
+inline constexpr size_t kMostPathKeys = 0xfffffff;
+
+// Which file a record names, UTF-8; nothing when the record is skipped. The text lives as long as
+// the record and is terminated.
+using PathOfRecord = std::optional<std::string_view>(const json_t* record);
+
+// What the user submitted: the path of the record, or else that of its master process.
+PathOfRecord SubmittedSamplePath;
+// The program of a network record, unless that is the system itself.
+PathOfRecord NetworkProgramPath;
+// A file that was found to be a virus by its behaviour alone and left as it was.
+PathOfRecord FalsePositivePath;
+
+// Seconds since 1970, as ReportClock gives them.
+using SampleClock = std::function<int64_t()>;
+
+// Calls `submit` for the file of each record whose key `handled` does not hold, and adds the key,
+// whatever came of it. Ends before the next record once more than 900 seconds have passed.
+void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
+                   const std::function<void(const char* path)>& submit, const SampleClock& clock);
+
+}  // namespace ostrell

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+#include "base/json.h"
+#include "env/report_schedule.h"
+#include "env/settings.h"
+
+namespace ostrell {
+
+// The shape of the reports that cover a window of time: rc2, rc5 and the three of rc3.
+
+// Runs `send` with the start of the window where the report is due, and records `now` when it
+// returns 1 and there is a store. Times are those of report_schedule.h. Without a store a window of
+// seven days is sent on every run.
+void RunWindowedReport(const Settings& settings, int64_t now, const ReportTime& report,
+                       const std::function<int32_t(int64_t from)>& send);
+
+// Uploads an array of records as JSON. `urlTemplate` takes the base URL, the machine identity and
+// the client id. Returns 1 on success; 0 also when there is no record or the text cannot be made.
+int32_t SendRecords(std::string_view urlTemplate, JsonOwner records);
+
+}  // namespace ostrell

@@ -1,0 +1,11 @@
+#include <cstdio>
+
+#include "store/delete_file.h"
+
+namespace ostrell {
+
+void DeleteFileAt(const char* path) {
+  std::remove(path);
+}
+
+}  // namespace ostrell

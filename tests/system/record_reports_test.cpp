@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/system/agent_run.h"
+
+namespace ostrell {
+namespace {
+
+using testing::Each;
+using testing::Eq;
+using testing::IsEmpty;
+
+constexpr const char* kKeys[] = {"rpttm_ui", "rpttm_li", "rpttm_li_tools", "rpttm_sf",
+                                 "rpttm_fp", "rpttm_qf", "rpttm_localinfo"};
+
+std::vector<std::optional<int64_t>> Times(const SampleProduct& product) {
+  std::vector<std::optional<int64_t>> times;
+  for (const char* key : kKeys) {
+    times.push_back(product.Time(key));
+  }
+  return times;
+}
+
+// The reports in the order of their requests, each run of one report once.
+std::string Sequence(const AgentServer& server) {
+  std::string sequence;
+  for (const auto& request : server.Requests()) {
+    if (!sequence.ends_with(request.report)) {
+      sequence += (sequence.empty() ? "" : " ") + request.report;
+    }
+  }
+  return sequence;
+}
+
+TEST(WholeSequence, FirstRunSendsAllAndSecondOnlyTheMachineInformation) {
+  const SampleProduct product(SampleProduct::Due::kAll);
+  const AgentServer server;
+  EXPECT_THAT(Times(product), Each(Eq(std::nullopt)));
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7");
+
+  // One instant for all of them; that of the statistics is taken after the work.
+  const auto now = product.Time("rpttm_ui");
+  EXPECT_THAT(Times(product), Each(now));
+  EXPECT_GE(product.Time("rpttm_cc"), now);
+  const std::string settings = product.SettingsText();
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7 rc1");
+  EXPECT_EQ(product.SettingsText(), settings);
+}
+
+// A cut answer to the PUT is no success: the same window is sent again. The statistics are gone.
+TEST(WholeSequence, WhatFailedIsSentAgainAndStatisticsAreNot) {
+  const SampleProduct product(SampleProduct::Due::kAll);
+  AgentServer server;
+  server.server.SetFaults({Fault::kPutCut});
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7");
+  for (const char* key : {"rpttm_li", "rpttm_li_tools", "rpttm_localinfo"}) {
+    EXPECT_EQ(product.Time(key), std::nullopt) << key;
+  }
+  for (const char* key : {"rpttm_sf", "rpttm_fp", "rpttm_qf", "rpttm_cc"}) {
+    EXPECT_TRUE(product.Time(key).has_value()) << key;
+  }
+  server.server.SetFaults({});
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7 rc1 rc2 rc5 rc7");
+  const auto logs = server.Bodies("rc2");
+  ASSERT_EQ(logs.size(), 2u);
+  EXPECT_EQ(logs[0], logs[1]);
+}
+
+// No older statistics file survives a due run; the time waits for the file itself.
+TEST(ScanStatistics, WaitsForTheFile) {
+  const SampleProduct product;
+  const AgentServer server;
+  const auto current = product.DataFolder() / "tallyx5.dat";
+  const auto older = product.BinFolder() / "tallyx3.dat";
+  std::filesystem::remove(current);
+  WriteText(older, "old");
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(older));  // not due
+
+  product.SetTime("rpttm_cc", 0);
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(older));
+  EXPECT_EQ(product.Time("rpttm_cc"), 0);
+
+  WriteText(current, "");  // not sound, but there
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(current));
+  EXPECT_GT(product.Time("rpttm_cc"), 0);
+  EXPECT_THAT(server.Requests("rc4"), IsEmpty());
+}
+
+// Without a database there is nothing to send; it is made for the product's service.
+TEST(PopupBlockLog, MissingDatabaseIsMade) {
+  const SampleProduct product;
+  const AgentServer server;
+  const auto database = product.DataFolder() / "adblkuser.db";
+  ASSERT_FALSE(std::filesystem::exists(database));
+  product.SetTime("rpttm_li_tools", 0);
+  EXPECT_EQ(RunAgent().exitCode, 0);
+  EXPECT_THAT(server.Requests("rc5"), IsEmpty());
+  EXPECT_EQ(product.Time("rpttm_li_tools"), 0);
+  EXPECT_TRUE(ReadText(database).starts_with("SQLite format 3"));
+}
+
+}  // namespace
+}  // namespace ostrell
