@@ -9,15 +9,11 @@
 namespace ostrell {
 namespace {
 
-bool IsSameName(std::string_view name, std::string_view other) {
-  return name.size() == other.size() && StartsWithIgnoringCase(name, other);
-}
-
 std::optional<std::filesystem::path> FindInFolder(const std::filesystem::path& folder,
                                                   std::string_view name) {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    if (IsSameName(entry.path().filename().string(), name)) {
+    if (EqualsIgnoringCase(entry.path().filename().string(), name)) {
       return entry.path();
     }
   }

@@ -126,11 +126,10 @@ class SampleTable {
                   PathOfRecord* pathOf, PathKeys& handled) {
     for (const json_t* record : records) {
       const auto path = pathOf(record);
-      if (path && handled.Contains(PathKey(*path))) {
-        Print({job, *path}, "handled already");
-      } else if (path) {
+      if (path && handled.Add(PathKey(*path))) {
         PrintFile({job, *path}, kDiskSource, machine.WhyNoSample(*path), "");
-        handled.Insert(PathKey(*path));
+      } else if (path) {
+        Print({job, *path}, "handled already");
       }
     }
   }

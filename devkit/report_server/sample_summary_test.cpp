@@ -70,6 +70,7 @@ TEST_F(SampleSummaryTest, TellsWhatHappenedToTheFileAndWhetherItShould) {
   for (const auto& [fileSize, lines, isSound, row] : cases) {
     std::ofstream(drive / "users/A.EXE") << std::string(fileSize, 'x');
     std::vector<JsonOwner> requests;
+    requests.reserve(lines.size());
     for (const char* line : lines) {
       requests.emplace_back(json_loads(line, 0, nullptr));
     }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/owner.h"
 
@@ -37,6 +38,11 @@ using JsonText = Owner<JsonTextTraits>;
 inline std::string CompactText(const JsonOwner& value) {
   const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
   return text ? text.Get() : "";
+}
+
+// The array when it has an element, else nothing.
+inline JsonOwner UnlessEmpty(JsonOwner array) {
+  return json_array_size(array.Get()) > 0 ? std::move(array) : JsonOwner();
 }
 
 // Members of an object as json_unpack reads them, which would allocate for every key: nothing when

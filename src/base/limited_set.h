@@ -7,24 +7,18 @@
 namespace ostrell {
 
 // Unique keys, each looked up and added in constant time, up to a limit. A full set, and one that
-// gets no more memory, keeps what it has and forgets what comes: its user then meets the key again
-// as a new one.
+// gets no more memory, keeps what it has and forgets what comes: a forgotten key is new every time.
 template <class Key>
 class LimitedSet {
  public:
   explicit LimitedSet(size_t mostKeys) : limit(mostKeys) {}
 
-  bool Contains(Key key) const { return keys.contains(key); }
-
-  // True when the set holds the key afterwards.
-  bool Insert(Key key) noexcept {
+  // True when the key is new; from then on it is not, unless it was forgotten.
+  bool Add(Key key) noexcept {
     try {
-      if (keys.size() < limit) {
-        keys.insert(key);
-      }
-      return keys.contains(key);
+      return keys.size() < limit ? keys.insert(key).second : !keys.contains(key);
     } catch (const std::exception&) {
-      return false;
+      return true;  // known keys need no memory
     }
   }
 

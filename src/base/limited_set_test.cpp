@@ -9,14 +9,13 @@ namespace {
 
 TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
   LimitedSet<uint32_t> set(2);
-  EXPECT_FALSE(set.Contains(0));
-  EXPECT_TRUE(set.Insert(0));
-  EXPECT_TRUE(set.Insert(7));
-  EXPECT_TRUE(set.Insert(7));
-  EXPECT_FALSE(set.Insert(8));
-  EXPECT_TRUE(set.Insert(0));
-  EXPECT_FALSE(set.Contains(8));
-  EXPECT_TRUE(set.Contains(7));
+  EXPECT_TRUE(set.Add(0));
+  EXPECT_FALSE(set.Add(0));
+  EXPECT_TRUE(set.Add(7));
+  EXPECT_TRUE(set.Add(8));
+  EXPECT_TRUE(set.Add(8));
+  EXPECT_FALSE(set.Add(7));
+  EXPECT_FALSE(set.Add(0));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "reports/detection_records.h"
 
 #include <string_view>
+#include <utility>
 
-#include "base/bytes.h"
 #include "reports/detection_kinds.h"
 #include "reports/fingerprint.h"
 
@@ -211,16 +211,11 @@ JsonOwner KeepDetectionRecords(const JsonOwner& records) {
   size_t index = 0;
   json_t* record = nullptr;
   json_array_foreach(records.Get(), index, record) {
-    if (!NormalizeRecord(record)) {
-      continue;
-    }
-    const uint32_t fingerprint = RecordFingerprint(record);
-    if (!met.Contains(fingerprint)) {
+    if (NormalizeRecord(record) && met.Add(RecordFingerprint(record))) {
       json_array_append(kept.Get(), FlattenRecord(record));
-      met.Insert(fingerprint);
     }
   }
-  return json_array_size(kept.Get()) > 0 ? std::move(kept) : JsonOwner();
+  return UnlessEmpty(std::move(kept));
 }
 
 }  // namespace ostrell

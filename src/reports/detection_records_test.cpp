@@ -142,6 +142,16 @@ TEST(KeepDetectionRecords, FirstOfEachEventStays) {
   EXPECT_FALSE(KeepDetectionRecords({}));
 }
 
+TEST(KeepDetectionRecords, DeepAndLongOnes) {
+  const std::string deep = std::string(2000, '[') + std::string(2000, ']');
+  const std::string name(10 << 20, 'n');
+  const JsonOwner records =
+      Load(R"([{"fid": 50, "detail": {"x": )" + deep + R"(, "procname": ")" + name + R"("}}])");
+  const std::string text = Text(KeepDetectionRecords(records).Get());
+  EXPECT_TRUE(text == R"([{"fid":50,"procname":")" + name + R"(","procname_name":")" + name +
+                          R"(","x":)" + deep + "}]");
+}
+
 // What a library may hand over although no text holds it: it is carried, and does not print.
 TEST(KeepDetectionRecords, TextThatIsNotUtf8) {
   const JsonOwner records(json_pack("[{s:i, s:{s:s, s:o, s:o}}]", "fid", 48, "detail", "clsname",

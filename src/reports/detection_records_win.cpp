@@ -5,10 +5,10 @@
 namespace ostrell {
 
 JsonOwner CollectDetectionRecords(int64_t from, int64_t to) {
-  JsonOwner records = RunRecordQuery(RecordsInRangeWithIds(from, to, kReportedKinds).Get());
-  JsonOwner submitted = RunRecordQuery(RecordsInRangeWithNegativeId(from, to).Get());
+  const JsonOwner records = RunRecordQuery(RecordsInRangeWithIds(from, to, kReportedKinds).Get());
+  const JsonOwner submitted = RunRecordQuery(RecordsInRangeWithNegativeId(from, to).Get());
   if (!records) {
-    records = std::move(submitted);
+    return KeepDetectionRecords(submitted);
   }
   json_array_extend(records.Get(), submitted.Get());
   return KeepDetectionRecords(records);

@@ -20,7 +20,7 @@ inline uint32_t ChainFingerprint(uint32_t fingerprint, std::string_view bytes) {
       crc32_z(fingerprint, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
-// The fingerprints that a report has met. Records past the limit are sent without being remembered.
+// The fingerprints that a report has met. The records of those past the limit are sent unasked.
 using FingerprintSet = LimitedSet<uint32_t>;
 inline constexpr size_t kMostFingerprints = 0x1fffffff;
 

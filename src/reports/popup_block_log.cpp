@@ -1,5 +1,7 @@
 #include "reports/popup_block_log.h"
 
+#include <utility>
+
 #include "reports/fingerprint.h"
 
 namespace ostrell {
@@ -11,16 +13,11 @@ JsonOwner KeepPopupEntries(const JsonOwner& rows) {
   json_t* row = nullptr;
   json_array_foreach(rows.Get(), index, row) {
     json_t* const entry = json_object_get(row, "detail");
-    if (json_object_get(entry, "product_name") == nullptr) {
-      continue;
-    }
-    const uint32_t fingerprint = PopupFingerprint(entry);
-    if (!met.Contains(fingerprint)) {
+    if (json_object_get(entry, "product_name") != nullptr && met.Add(PopupFingerprint(entry))) {
       json_array_append(kept.Get(), entry);
-      met.Insert(fingerprint);
     }
   }
-  return json_array_size(kept.Get()) > 0 ? std::move(kept) : JsonOwner();
+  return UnlessEmpty(std::move(kept));
 }
 
 uint32_t PopupFingerprint(const json_t* entry) {

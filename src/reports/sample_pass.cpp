@@ -55,13 +55,8 @@ void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& han
       return;
     }
     const auto path = pathOf(record);
-    if (!path) {
-      continue;
-    }
-    const uint64_t key = PathKey(*path);
-    if (!handled.Contains(key)) {
+    if (path && handled.Add(PathKey(*path))) {
       submit(path->data());
-      handled.Insert(key);
     }
   }
 }

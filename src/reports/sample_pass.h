@@ -35,8 +35,8 @@ PathOfRecord FalsePositivePath;
 // Seconds since 1970, as ReportClock gives them.
 using SampleClock = std::function<int64_t()>;
 
-// Calls `submit` for the file of each record whose key `handled` does not hold, and adds the key,
-// whatever came of it. Ends before the next record once more than 900 seconds have passed.
+// Calls `submit` for the file of each record whose key is new to `handled`. Ends before the next
+// record once more than 900 seconds have passed.
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
                    const std::function<void(const char* path)>& submit, const SampleClock& clock);
 

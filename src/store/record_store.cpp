@@ -1,5 +1,7 @@
 #include "store/record_store.h"
 
+#include <utility>
+
 #include "store/block_item_query.h"
 #include "store/delete_file.h"
 #include "store/statement.h"
@@ -97,7 +99,7 @@ JsonOwner FetchBlockItems(const Connection& handle, json_t* query) {
   while (statement && sqlite3_step(statement.Get()) == SQLITE_ROW) {
     json_array_append_new(rows.Get(), RowObject(statement.Get()).Release());
   }
-  return json_array_size(rows.Get()) > 0 ? std::move(rows) : JsonOwner();
+  return UnlessEmpty(std::move(rows));
 }
 
 }  // namespace ostrell

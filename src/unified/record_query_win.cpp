@@ -7,8 +7,7 @@ namespace ostrell {
 JsonOwner RunRecordQuery(json_t* descriptor) {
   constexpr int32_t kRecordStore = 0;
   const auto store = OpenPolicyDocument(kRecordStore, GetProductPaths().data.utf8.CStr());
-  JsonOwner records(store ? store->Query(descriptor) : nullptr);
-  return json_array_size(records.Get()) > 0 ? std::move(records) : JsonOwner();
+  return UnlessEmpty(JsonOwner(store ? store->Query(descriptor) : nullptr));
 }
 
 }  // namespace ostrell

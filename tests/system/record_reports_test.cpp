@@ -86,7 +86,8 @@ TEST(ScanStatistics, WaitsForTheFile) {
   EXPECT_FALSE(std::filesystem::exists(older));
   EXPECT_EQ(product.Time("rpttm_cc"), 0);
 
-  WriteText(current, "");  // not sound, but there
+  // Not sound, but there: its length says 2^63.
+  WriteText(current, std::string(15, '\0') + "\x80" + std::string(100, 'x'));
   EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_FALSE(std::filesystem::exists(current));
   EXPECT_GT(product.Time("rpttm_cc"), 0);

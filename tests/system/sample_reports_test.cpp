@@ -111,38 +111,27 @@ TEST(SampleReports, AsksFirstAndSendsWhatIsUnknown) {
   EXPECT_GT(product.Time("rpttm_sf"), 0);
 }
 
-TEST(SampleReports, WithoutSubmittedRecordNothingIsSent) {
-  const SampleProduct product;
-  const AgentServer server;
-  const SampleFiles files(product);
-  std::vector<JsonOwner> records;
-  records.push_back(Record(31, Named("procname", files.Write("a.exe", std::string(2000, 'a')))));
-  WriteRecords(product, std::move(records));
-  product.SetTime("rpttm_sf", 0);
-  product.SetTime("rpttm_fp", 0);
-  EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_THAT(server.Requests("rc3"), IsEmpty());
-  EXPECT_EQ(product.Time("rpttm_sf"), 0);
-  EXPECT_EQ(product.Time("rpttm_fp"), 0);  // no detection either
-}
-
-// A question that the server does not answer counts as handled, and the time moves on.
-TEST(SampleReports, QuestionWithoutAnswer) {
+// Without a record of its first pass a job sends nothing and keeps its time. A question that the
+// server does not answer counts as handled, and the time moves on.
+TEST(SampleReports, NoRecordAndNoAnswer) {
   const SampleProduct product;
   AgentServer server;
+  server.server.SetFaults({Fault::kStatus500});
   const SampleFiles files(product);
   const std::string path = files.Write("a.exe", std::string(2000, 'a'));
   std::vector<JsonOwner> records;
+  records.push_back(Record(31, Named("procname", path)));
   for (int i = 0; i < 2; ++i) {
     records.push_back(
         Record(3, JsonOwner(json_pack("{s:i, s:i, s:s, s:s}", "solid", 0, "result", 0, "pathname",
                                       path.c_str(), "recname", "Virus/Heur"))));
   }
   WriteRecords(product, std::move(records));
+  product.SetTime("rpttm_sf", 0);
   product.SetTime("rpttm_fp", 0);
-  server.server.SetFaults({Fault::kStatus500});
   EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_THAT(Samples(server), ElementsAre("2 a.exe 500"));
+  EXPECT_EQ(product.Time("rpttm_sf"), 0);
   EXPECT_GT(product.Time("rpttm_fp"), 0);
 }
 
