@@ -8,7 +8,6 @@
 #include "devkit/product/test_folder_win.h"
 #include "env/private_registry_win.h"
 #include "platform/policydb.h"
-#include "platform/svclink.h"
 
 namespace ostrell {
 namespace {
@@ -135,47 +134,6 @@ TEST_F(SettingsStoreTest, DataPathMustExistAndFeatureNameStaysInIt) {
   }
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velmora");
   EXPECT_FALSE(Open());
-}
-
-class QuarantineTest : public SettingsStoreTest {};
-
-TEST_F(QuarantineTest, ListIsReadAnewAndDamageGivesNone) {
-  const auto quarantine = OpenQuarantine();
-  ASSERT_TRUE(quarantine);
-  const struct {
-    const char* text;  // null: no file
-    int size;          // -1: no list
-  } cases[] = {{nullptr, 0}, {"[]", 0},  {R"([{"id": 1}, {}])", 2}, {"", -1},
-               {"[1]", -1},  {"{}", -1}, {R"([{"id": 1})", -1}};
-  for (const auto& [text, size] : cases) {
-    if (text != nullptr) {
-      folder.Write("quarantine/list.json", text);
-    }
-    const JsonOwner list(quarantine->List());
-    EXPECT_EQ(list ? static_cast<int>(json_array_size(list.Get())) : -1, size) << text;
-  }
-  RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velmora");
-  EXPECT_FALSE(OpenQuarantine());
-}
-
-TEST_F(QuarantineTest, RestoresAWholeFileIntoTheStream) {
-  std::string held(150000, '\0');
-  for (size_t i = 0; i < held.size(); ++i) {
-    held[i] = static_cast<char>(i % 251);
-  }
-  folder.Write("quarantine/5000000000.bin", held);
-  const auto quarantine = OpenQuarantine();
-  const auto stream = Svclink::Loaded().OpenStream();
-  ASSERT_TRUE(quarantine && stream);
-  EXPECT_EQ(quarantine->Restore(7, stream.Get()), 0);
-  EXPECT_EQ(quarantine->Restore(5000000000, nullptr), 0);
-  ASSERT_NE(quarantine->Restore(5000000000, stream.Get()), 0);
-  ASSERT_EQ(stream->size(stream.Get()), 150000);
-  std::string restored(held.size(), '\0');
-  EXPECT_EQ(stream->read(stream.Get(), 0, restored.data(), 150000), 150000);
-  EXPECT_TRUE(restored == held);
-  stream->write = [](SvclinkObject*, const void*, uint32_t) { return int32_t{1}; };
-  EXPECT_EQ(quarantine->Restore(5000000000, stream.Get()), 0);
 }
 
 class PolicyDocumentTest : public testing::Test {

@@ -1,7 +1,6 @@
 #include "reports/detection_records.h"
 
 #include <string_view>
-#include <utility>
 
 #include "reports/detection_kinds.h"
 #include "reports/fingerprint.h"
@@ -206,16 +205,10 @@ json_t* FlattenRecord(json_t* record) {
 }
 
 JsonOwner KeepDetectionRecords(const JsonOwner& records) {
-  JsonOwner kept(json_array());
-  FingerprintSet met(kMostFingerprints);
-  size_t index = 0;
-  json_t* record = nullptr;
-  json_array_foreach(records.Get(), index, record) {
-    if (NormalizeRecord(record) && met.Add(RecordFingerprint(record))) {
-      json_array_append(kept.Get(), FlattenRecord(record));
-    }
-  }
-  return UnlessEmpty(std::move(kept));
+  const auto fingerprintOf = [](json_t* record) {
+    return NormalizeRecord(record) ? std::optional(RecordFingerprint(record)) : std::nullopt;
+  };
+  return KeepFirstOfEach(records, fingerprintOf, FlattenRecord);
 }
 
 }  // namespace ostrell

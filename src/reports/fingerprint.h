@@ -4,9 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
-#include "base/limited_set.h"
+#include "base/json.h"
 
 namespace ostrell {
 
@@ -20,8 +21,13 @@ inline uint32_t ChainFingerprint(uint32_t fingerprint, std::string_view bytes) {
       crc32_z(fingerprint, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
-// The fingerprints that a report has met. The records of those past the limit are sent unasked.
-using FingerprintSet = LimitedSet<uint32_t>;
+// The most fingerprints that a report remembers; records past them are taken unasked.
 inline constexpr size_t kMostFingerprints = 0x1fffffff;
+
+// The first record of each fingerprint, in their order, as `entryOf` gives it: a value that the
+// record holds, or itself. A record without fingerprint is dropped. Nothing when none is left.
+JsonOwner KeepFirstOfEach(const JsonOwner& records,
+                          std::optional<uint32_t> (*fingerprintOf)(json_t* record),
+                          json_t* (*entryOf)(json_t* record));
 
 }  // namespace ostrell

@@ -1,23 +1,24 @@
 #include "reports/popup_block_log.h"
 
-#include <utility>
-
 #include "reports/fingerprint.h"
 
 namespace ostrell {
+namespace {
+
+json_t* EntryOf(json_t* row) {
+  return json_object_get(row, "detail");
+}
+
+std::optional<uint32_t> FingerprintOfEntry(json_t* row) {
+  const json_t* const entry = EntryOf(row);
+  return json_object_get(entry, "product_name") != nullptr ? std::optional(PopupFingerprint(entry))
+                                                           : std::nullopt;
+}
+
+}  // namespace
 
 JsonOwner KeepPopupEntries(const JsonOwner& rows) {
-  JsonOwner kept(json_array());
-  FingerprintSet met(kMostFingerprints);
-  size_t index = 0;
-  json_t* row = nullptr;
-  json_array_foreach(rows.Get(), index, row) {
-    json_t* const entry = json_object_get(row, "detail");
-    if (json_object_get(entry, "product_name") != nullptr && met.Add(PopupFingerprint(entry))) {
-      json_array_append(kept.Get(), entry);
-    }
-  }
-  return UnlessEmpty(std::move(kept));
+  return KeepFirstOfEach(rows, FingerprintOfEntry, EntryOf);
 }
 
 uint32_t PopupFingerprint(const json_t* entry) {

@@ -1,8 +1,9 @@
+#include "reports/detection_kinds.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "reports/detection_kinds.h"
 #include "reports/detection_records.h"
 
 namespace ostrell {
