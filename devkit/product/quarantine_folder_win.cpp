@@ -5,6 +5,7 @@
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
 #include "devkit/product/json_file_win.h"
+#include "platform/svclink.h"
 
 namespace ostrell {
 namespace {

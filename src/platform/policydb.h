@@ -5,9 +5,10 @@
 #include <cstdint>
 
 #include "base/owner.h"
-#include "platform/svclink.h"
 
 namespace ostrell {
+
+struct SvclinkObject;  // svclink.h
 
 // The product's policy database library, "policydb.dll". Its objects are tables of virtual
 // functions in slot order. They have no virtual destructor: compilers give it different numbers of

@@ -15,21 +15,21 @@ namespace {
 // Windows is shown another system directory.
 class RealFileSystem {
  public:
-  RealFileSystem() : isSwitched(entries().disable != nullptr && entries().disable(&before)) {}
+  RealFileSystem() : isSwitched(KernelApi().disable != nullptr && KernelApi().disable(&before)) {}
   ~RealFileSystem() {
-    if (isSwitched && entries().revert != nullptr) {
-      entries().revert(before);
+    if (isSwitched && KernelApi().revert != nullptr) {
+      KernelApi().revert(before);
     }
   }
   RealFileSystem(const RealFileSystem&) = delete;
   RealFileSystem& operator=(const RealFileSystem&) = delete;
 
  private:
-  struct Entries {
+  struct Api {
     decltype(&Wow64DisableWow64FsRedirection) disable;
     decltype(&Wow64RevertWow64FsRedirection) revert;
   };
-  static const Entries& entries();
+  static const Api& KernelApi();
 
   void* before = nullptr;
   bool isSwitched;
@@ -42,10 +42,9 @@ Function KernelEntry(const char* name) {
 }
 
 // Looked up once: not every Windows has them.
-const RealFileSystem::Entries& RealFileSystem::entries() {
-  static const Entries found = {
-      KernelEntry<decltype(Entries::disable)>("Wow64DisableWow64FsRedirection"),
-      KernelEntry<decltype(Entries::revert)>("Wow64RevertWow64FsRedirection")};
+const RealFileSystem::Api& RealFileSystem::KernelApi() {
+  static const Api found = {KernelEntry<decltype(Api::disable)>("Wow64DisableWow64FsRedirection"),
+                            KernelEntry<decltype(Api::revert)>("Wow64RevertWow64FsRedirection")};
   return found;
 }
 

@@ -29,7 +29,8 @@ using PathOfRecord = std::optional<std::string_view>(const json_t* record);
 PathOfRecord SubmittedSamplePath;
 // The program of a network record, unless that is the system itself.
 PathOfRecord NetworkProgramPath;
-// A file that was found to be a virus by its behaviour alone and left as it was.
+// A file that may have been taken for a virus: "recname" begins with "Virus/", in any letter case,
+// and "solid" and "result" are 0.
 PathOfRecord FalsePositivePath;
 
 // Seconds since 1970, as ReportClock gives them.

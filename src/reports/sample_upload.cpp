@@ -13,10 +13,6 @@ namespace {
 constexpr int32_t kStatusKnown = 200;
 constexpr int32_t kStatusUnknown = 404;
 
-bool Discard(std::span<const std::byte>) {
-  return true;
-}
-
 }  // namespace
 
 std::string SampleDigest(std::span<const std::byte> file) {
@@ -33,7 +29,7 @@ int32_t AskSampleKnown(const char* sha1Text, int32_t& known, std::string_view pa
       kSampleQuestionUrl, ReportServerBaseUrl(), MachineIdentity().CStr(), sha1Text,
       static_cast<int32_t>(source), *escaped, ClientId().CStr());
   int32_t status = 0;
-  if (!HttpGet(url.CStr(), Discard, &status) ||
+  if (!HttpGet(url.CStr(), DiscardBody, &status) ||
       (status != kStatusKnown && status != kStatusUnknown)) {
     return 0;
   }

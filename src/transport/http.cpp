@@ -56,10 +56,6 @@ BodySink AppendTo(ByteChain& chain) {
   return [&chain](std::span<const std::byte> block) { return chain.Append(block); };
 }
 
-bool Discard(std::span<const std::byte>) {
-  return true;
-}
-
 // One transfer. An option that libcurl does not take makes it fail before anything is sent.
 class Transfer {
  public:
@@ -141,7 +137,7 @@ bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteC
   if (!BuildHeaderList(headerLines, headers)) {
     return false;
   }
-  const BodySink sink = responseSink != nullptr ? AppendTo(*responseSink) : Discard;
+  const BodySink sink = responseSink != nullptr ? AppendTo(*responseSink) : DiscardBody;
   Transfer transfer;
   transfer.Set(CURLOPT_UPLOAD, 1L);
   transfer.Set(CURLOPT_PUT, 1L);

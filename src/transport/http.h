@@ -33,6 +33,11 @@ inline constexpr uint64_t kMostAnswerBytes = uint64_t{4} * 1024 * 1024;
 // as failed.
 using BodySink = std::function<bool(std::span<const std::byte>)>;
 
+// The sink of an answer that nobody reads.
+inline bool DiscardBody(std::span<const std::byte>) {
+  return true;
+}
+
 // A GET whose body goes to `sink`. True when the transfer completed; only then `statusOut`, when
 // given, receives the HTTP status.
 bool HttpGet(const char* url, const BodySink& sink, int32_t* statusOut,

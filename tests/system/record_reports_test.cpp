@@ -1,12 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 #include "tests/system/agent_run.h"
 
 namespace ostrell {
 namespace {
 
 using testing::Each;
+using testing::ElementsAre;
 using testing::Eq;
 using testing::IsEmpty;
 
@@ -32,12 +36,53 @@ std::string Sequence(const AgentServer& server) {
   return sequence;
 }
 
+// The values of a member in the order of the items; -1 where it is no integer.
+std::vector<int64_t> Integers(const JsonOwner& items, const char* member) {
+  std::vector<int64_t> values;
+  size_t index = 0;
+  json_t* item = nullptr;
+  json_array_foreach(items.Get(), index, item) {
+    values.push_back(Integer64Member(item, member).value_or(-1));
+  }
+  return values;
+}
+
+// Counted by hand in the sample's records: every reported kind, then what the user submitted, also
+// of another kind: 6.
+void ExpectDetectionLog(const JsonOwner& log) {
+  const auto kinds = Integers(log, "fid");
+  const auto marks = Integers(log, "submit_record");
+  EXPECT_EQ(kinds.size(), 37u);
+  EXPECT_THAT(std::set<int64_t>(kinds.begin(), kinds.end()),
+              ElementsAre(1, 2, 3, 4, 5, 6, 15, 17, 28, 30, 31, 41, 46, 47, 48, 49, 50, 53, 56, 59,
+                          60, 64, 66, 69));
+  EXPECT_EQ(std::count(marks.begin(), marks.end(), 1), 10);
+  EXPECT_EQ(marks.back(), 1);
+  for (const char* member : {"id", "ts", "detail"}) {
+    EXPECT_THAT(Integers(log, member), Each(-1)) << member;
+  }
+}
+
+// What popblock_win.cpp writes first, newest first, each item and each other product once.
+constexpr auto kPopupBlocks =
+    R"([{"product_name":"popblock"},)"
+    R"({"product_name":"popblock","gname":"adverts","iname":"popup.example"},)"
+    R"({"product_name":"popblock","gname":"adverts","iname":"banner.example","count":3},)"
+    R"({"product_name":"deskhelper","gname":"tips","iname":"tip 12"},)"
+    R"({"product_name":"softmanager","action":"disable","app":"Helper"},)"
+    R"({"product_name":"popblock","gname":"trackers","iname":"banner.example"}])";
+
 TEST(WholeSequence, FirstRunSendsAllAndSecondOnlyTheMachineInformation) {
   const SampleProduct product(SampleProduct::Due::kAll);
   const AgentServer server;
   EXPECT_THAT(Times(product), Each(Eq(std::nullopt)));
+  const std::string statistics = ReadText(product.DataFolder() / "tallyx5.dat");
   EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7");
+
+  ExpectDetectionLog(server.Body("rc2"));
+  EXPECT_EQ(CompactText(server.Body("rc5")), kPopupBlocks);
+  EXPECT_THAT(server.Bodies("rc4"), ElementsAre(statistics.substr(16)));
 
   // One instant for all of them; that of the statistics is taken after the work.
   const auto now = product.Time("rpttm_ui");
