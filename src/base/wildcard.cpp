@@ -1,21 +1,49 @@
 #include "base/wildcard.h"
 
-#include "base/text.h"
+#include <cstddef>
+
+#include "base/fold_case.h"
 
 namespace ostrell {
 namespace {
 
-// Bytes of the character at the front of `text`, which is not empty.
-size_t CharacterLength(std::string_view text) {
-  size_t length = 1;
-  while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) {
-    ++length;
+// Past the code points: a byte that belongs to no character, and what stands behind the last one.
+constexpr char32_t kStrayByte = 0x110000;
+constexpr char32_t kNoCharacter = 0x120000;
+
+struct Character {
+  char32_t code;
+  size_t length;  // in bytes
+};
+
+// The first character of UTF-8 text.
+Character FirstCharacter(std::string_view text) {
+  if (text.empty()) {
+    return {kNoCharacter, 0};
   }
-  return length;
+  const auto lead = static_cast<unsigned char>(text.front());
+  if (lead < 0x80) {
+    return {lead, 1};
+  }
+  const Character stray = {kStrayByte + lead, 1};
+  const size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+    return stray;
+  }
+  char32_t code = lead & (0x7Fu >> length);
+  for (const char next : text.substr(1, length - 1)) {
+    if ((next & 0xC0) != 0x80) {
+      return stray;
+    }
+    code = code << 6 | (next & 0x3Fu);
+  }
+  const bool isSurrogate = code >= 0xD800 && code < 0xE000;
+  const bool isTooLong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  return isSurrogate || isTooLong || code > 0x10FFFF ? stray : Character{code, length};
 }
 
-bool IsRun(char character) {
-  return character == '*' || character == '>';
+bool IsRun(char32_t code) {
+  return code == '*' || code == '>';
 }
 
 }  // namespace
@@ -27,26 +55,25 @@ bool MatchesWildcard(std::string_view text, std::string_view pattern) {
   std::string_view patternOfRun;
   bool hasRun = false;
   while (!text.empty()) {
-    if (!pattern.empty() && IsRun(pattern.front())) {
+    const Character next = FirstCharacter(text);
+    const Character wanted = FirstCharacter(pattern);
+    if (IsRun(wanted.code)) {
       pattern.remove_prefix(1);
       hasRun = true;
       textOfRun = text;
       patternOfRun = pattern;
-    } else if (!pattern.empty() && pattern.front() == '?') {
-      text.remove_prefix(CharacterLength(text));
-      pattern.remove_prefix(1);
-    } else if (!pattern.empty() && LowerAscii(pattern.front()) == LowerAscii(text.front())) {
-      text.remove_prefix(1);
-      pattern.remove_prefix(1);
+    } else if (wanted.code == '?' || FoldCase(wanted.code) == FoldCase(next.code)) {
+      text.remove_prefix(next.length);
+      pattern.remove_prefix(wanted.length);
     } else if (hasRun) {
-      textOfRun.remove_prefix(CharacterLength(textOfRun));
+      textOfRun.remove_prefix(FirstCharacter(textOfRun).length);
       text = textOfRun;
       pattern = patternOfRun;
     } else {
       return false;
     }
   }
-  while (!pattern.empty() && IsRun(pattern.front())) {
+  while (!pattern.empty() && IsRun(static_cast<unsigned char>(pattern.front()))) {
     pattern.remove_prefix(1);
   }
   return pattern.empty();

@@ -1,0 +1,28 @@
+#include "base/bounded_json.h"
+
+namespace ostrell {
+
+size_t CountJsonElements(std::string_view text) {
+  size_t count = 0;
+  bool inText = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '"') {
+      inText = !inText;
+    } else if (inText) {
+      i += c == '\\' ? 1 : 0;  // whatever is escaped ends no text
+    } else if (c == '[' || c == '{' || c == ',') {
+      ++count;
+    }
+  }
+  return count;
+}
+
+JsonOwner ParseJson(std::string_view text, size_t mostElements) {
+  if (text.empty() || CountJsonElements(text) > mostElements) {
+    return {};
+  }
+  return JsonOwner(json_loadb(text.data(), text.size(), 0, nullptr));
+}
+
+}  // namespace ostrell
