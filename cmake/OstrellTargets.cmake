@@ -27,6 +27,11 @@ if(WIN32)
     INTERFACE_LINK_LIBRARIES ws2_32 crypt32 bcrypt advapi32)
 endif()
 
+# What the environment of the tests that talk to a server names: a proxy where nobody listens. No
+# request may go there.
+set(OSTRELL_DEAD_PROXY http_proxy=http://127.0.0.1:9 https_proxy=http://127.0.0.1:9
+    HTTPS_PROXY=http://127.0.0.1:9 ALL_PROXY=http://127.0.0.1:9)
+
 # ostrell_library(NAME [SOURCES portable...] [WINDOWS adapters...] [LINKS libraries...])
 # One library a folder of src/. Its links are the folders and libraries that it may use.
 function(ostrell_library name)

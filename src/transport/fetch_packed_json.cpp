@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <span>
 
+#include "base/bounded_json.h"
 #include "transport/http.h"
 #include "transport/packed_record.h"
 
@@ -29,7 +30,7 @@ JsonOwner DecodeStream(SvclinkObject* stream, const Svclink& svclink) {
   uint32_t size = 0;
   const std::byte* const block = record->data(record.Get(), &size);
   const auto text = block != nullptr ? PackedRecordJson({block, size}) : std::nullopt;
-  return text ? JsonOwner(json_loadb(text->data(), text->size(), 0, nullptr)) : JsonOwner();
+  return text ? ParseJson(*text) : JsonOwner();
 }
 
 }  // namespace

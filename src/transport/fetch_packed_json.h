@@ -11,7 +11,8 @@ namespace ostrell {
 // `statusOut`, when given, receives the HTTP status once the transfer completed.
 //
 // Empty without svclink (no request goes out then), on a failed or cut transfer, for an answer of
-// more than 4 MiB, and for one that is no packed record or no JSON.
+// more than 4 MiB, and for one that is no packed record, no JSON, or JSON of more elements than
+// bounded_json.h allows.
 JsonOwner FetchPackedJson(const char* url, int32_t* statusOut, const Svclink& svclink);
 
 }  // namespace ostrell

@@ -75,6 +75,7 @@ class Transfer {
     Set(CURLOPT_SSL_VERIFYHOST, 0L);
     Set(CURLOPT_PROTOCOLS_STR, kSchemes);
     Set(CURLOPT_FOLLOWLOCATION, 0L);
+    Set(CURLOPT_PROXY, "");  // else libcurl takes one from the environment
     Set(CURLOPT_URL, url);
   }
 

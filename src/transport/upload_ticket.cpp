@@ -3,15 +3,19 @@
 #include <string_view>
 #include <utility>
 
-#include "base/json.h"
+#include "base/bounded_json.h"
 #include "transport/http.h"
 
 namespace ostrell {
 namespace {
 
-// Load callback of jansson: 0 ends the text.
-size_t ReadChain(void* to, size_t count, void* chain) noexcept {
-  return static_cast<ByteChain*>(chain)->Read({static_cast<std::byte*>(to), count});
+std::string TextOf(ByteChain& chain) {
+  std::string text(static_cast<size_t>(chain.Total()), '\0');
+  std::span<std::byte> rest = std::as_writable_bytes(std::span(text));
+  while (!rest.empty()) {
+    rest = rest.subspan(chain.Read(rest));
+  }
+  return text;
 }
 
 // A line break inside would let the server write headers, or a request, of its own.
@@ -26,7 +30,7 @@ bool IsHeaderLine(const json_t* element) {
 }  // namespace
 
 std::optional<UploadTicket> ReadUploadTicket(ByteChain& answer) {
-  const JsonOwner reply(json_load_callback(ReadChain, &answer, 0, nullptr));
+  const JsonOwner reply = ParseJson(TextOf(answer), kMostTicketElements);
   const char* url = nullptr;
   json_t* header = nullptr;
   if (!reply || json_unpack(reply.Get(), "{s:s,s:o}", "url", &url, "header", &header) != 0 ||

@@ -22,6 +22,14 @@ std::optional<UploadTicket> Read(std::string_view answer) {
   return ReadUploadTicket(chain);
 }
 
+std::string Repeated(std::string_view text, size_t times) {
+  std::string all;
+  for (size_t i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
 TEST(UploadTicket, HoldsUrlAndHeaderLines) {
   const auto ticket =
       Read(R"({"id":7,"header":["X-A: b","Content-Type: \u00e4"],"url":"https://h/p?q=1"})");
@@ -36,6 +44,13 @@ TEST(UploadTicket, HeaderThatIsNoArrayHoldsNoLines) {
     ASSERT_TRUE(ticket) << header;
     EXPECT_THAT(ticket->headerLines, IsEmpty()) << header;
   }
+}
+
+TEST(UploadTicket, LargeAnswerOfFewElements) {
+  const auto ticket = Read(R"({"url":"http://h/","header":["X: )" + std::string(200000, ',') +
+                           R"("],"n":[)" + Repeated("{},", 8189) + "{}]}");
+  ASSERT_TRUE(ticket);
+  EXPECT_EQ(ticket->headerLines.front().size(), 200003u);
 }
 
 TEST(UploadTicket, Damage) {
@@ -59,6 +74,8 @@ TEST(UploadTicket, Damage) {
       {"bytes that are no UTF-8", "{\"url\":\"http://h/\",\"header\":[\"X: \xFF\"]}"},
       {"integer past 64 bits", R"({"url":"http://h/","header":[],"n":9223372036854775808})"},
       {"nesting", R"({"url":"http://h/","header":[],"n":)" + std::string(3000, '[')},
+      {"more elements than a ticket has",
+       R"({"url":"http://h/","header":[],"n":[)" + Repeated("{},", 8191) + "{}]}"},
       {"url of another scheme", R"({"url":"file:///tmp/x","header":[]})"},
   };
   for (const auto& testCase : kCases) {
