@@ -1,4 +1,5 @@
 #include "env/product_paths.h"
+#include "platform/tracelog.h"
 #include "reports/popup_block_log.h"
 #include "reports/windowed_report.h"
 #include "store/record_store.h"
@@ -23,7 +24,12 @@ JsonOwner FetchPopupRows(json_t* query) {
   if (OpenRecordStore(path.CStr(), database) == 1 && !HasSchema(database.Get())) {
     CloseRecordStore(database);
   }
-  return FetchBlockItems(database, query);
+  uint64_t leftOut = 0;
+  JsonOwner rows = FetchBlockItems(database, query, &leftOut);
+  if (leftOut > 0) {
+    TraceLogger("FetchBlockItems", __LINE__, 1)(L"Pop-up block log: %llu rows left out", leftOut);
+  }
+  return rows;
 }
 
 }  // namespace

@@ -1,83 +1,127 @@
 #include "store/record_store.h"
 
+#include <charconv>
+#include <string_view>
 #include <utility>
 
+#include "base/bounded_json.h"
 #include "store/block_item_query.h"
 #include "store/delete_file.h"
+#include "store/limits.h"
 #include "store/statement.h"
 
 namespace ostrell {
 namespace {
 
-enum class Health { kSound, kDamaged, kUnknown };
+// Broken off: a check that began and met an error.
+enum class Health { kSound, kDamaged, kUnknown, kBrokenOff };
 
-// What a check that could not begin says about the database.
-Health HealthFromError(int resultCode) {
-  switch (resultCode & 0xFF) {  // the primary code of an extended one
-    case SQLITE_PERM:
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_NOMEM:
-    case SQLITE_READONLY:
-    case SQLITE_INTERRUPT:
-    case SQLITE_IOERR:
-    case SQLITE_FULL:
-    case SQLITE_CANTOPEN:
-    case SQLITE_PROTOCOL:
-    case SQLITE_AUTH:
-      return Health::kUnknown;
-    default:
-      return Health::kDamaged;
+bool IsDamage(int resultCode) {
+  const int primary = resultCode & 0xFF;  // of an extended code
+  return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
+}
+
+// Whether a finding of the check only says that a page could not be read. One of the texts comes
+// with a result code, which may be damage; the others come for either reason.
+bool NamesReadError(std::string_view finding) {
+  constexpr std::string_view kWithCode = "unable to get the page. error code=";
+  for (size_t at = finding.find(kWithCode); at != std::string_view::npos;
+       at = finding.find(kWithCode, at + 1)) {
+    int code = 0;
+    std::from_chars(finding.data() + at + kWithCode.size(), finding.data() + finding.size(), code);
+    if (!IsDamage(code)) {
+      return true;
+    }
   }
+  return finding.find("failed to get page ") != std::string_view::npos ||
+         finding.find("Failed to read ptrmap ") != std::string_view::npos;
 }
 
 Health CheckHealth(sqlite3* db) {
   const Statement check = Prepare(db, "PRAGMA quick_check");
   if (!check) {
-    return HealthFromError(sqlite3_errcode(db));
+    return IsDamage(sqlite3_errcode(db)) ? Health::kDamaged : Health::kUnknown;
   }
-  while (sqlite3_step(check.Get()) == SQLITE_ROW) {
-    if (!ColumnEquals(check.Get(), 0, "ok")) {
-      return Health::kDamaged;
+  Health found = Health::kSound;
+  int step = SQLITE_ROW;
+  while ((step = sqlite3_step(check.Get())) == SQLITE_ROW) {
+    const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(check.Get(), 0));
+    if (text == nullptr || NamesReadError(text)) {
+      return Health::kUnknown;
+    }
+    if (std::string_view(text) != "ok") {
+      found = Health::kDamaged;
     }
   }
-  return Health::kSound;
+  return step == SQLITE_DONE || found == Health::kDamaged ? found : Health::kBrokenOff;
 }
 
-bool OpenConnection(const char* path, int busyTimeout, Connection& handle) {
-  if (sqlite3_open(path, handle.Receive()) != SQLITE_OK) {
-    handle.Reset();  // a failed opening gives a connection all the same
-    return false;
+// The file is deleted for damage that is found twice: a read that failed once may look like it.
+Health CheckHealthTwice(sqlite3* db) {
+  const Health first = CheckHealth(db);
+  if (first != Health::kDamaged) {
+    return first;
+  }
+  sqlite3_db_release_memory(db);  // pages are read anew
+  return CheckHealth(db);
+}
+
+GuardedVfs* OpenConnection(const char* path, int busyTimeout, MonotonicClock clock,
+                           Connection& handle) {
+  GuardedVfs* const guard = GuardedVfs::Open(path, clock, handle);
+  if (guard == nullptr || !RestrictConnection(handle.Get())) {
+    handle.Reset();
+    return nullptr;
   }
   sqlite3_busy_timeout(handle.Get(), busyTimeout);
+  guard->Allow(kMostWorkMilliseconds);
+  return guard;
+}
+
+// Whatever could be read of it, a database of unknown health is neither repaired nor changed.
+bool BeginUse(sqlite3* db, Health health) {
+  if (health == Health::kSound) {
+    sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+  } else if (sqlite3_exec(db, "PRAGMA query_only=ON", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    return false;
+  }
+  sqlite3_limit(db, SQLITE_LIMIT_LENGTH, kLongestValue);
   return true;
 }
 
-JsonOwner RowObject(sqlite3_stmt* row) {
+// `detail` ends at its terminator; null is no document.
+JsonOwner RowObject(sqlite3_stmt* row, const char* detail) {
   JsonOwner object(json_object());
   json_object_set_new(object.Get(), "id", json_integer(sqlite3_column_int64(row, 0)));
   json_object_set_new(object.Get(), "ts", json_integer(sqlite3_column_int64(row, 1)));
-  const auto* const detail = reinterpret_cast<const char*>(sqlite3_column_text(row, 2));
-  // NULL is no document, and jansson sets no member without a value.
-  json_object_set_new(object.Get(), "detail", json_loads(detail, 0, nullptr));
+  if (detail != nullptr) {
+    // jansson sets no member without a value.
+    json_object_set_new(object.Get(), "detail", ParseJson(detail).Release());
+  }
   return object;
 }
 
 }  // namespace
 
-int32_t OpenRecordStore(const char* path, Connection& handle, int busyTimeout) {
+int32_t OpenRecordStore(const char* path, Connection& handle, int busyTimeout,
+                        MonotonicClock clock) {
   handle.Reset();
-  if (path == nullptr || *path == '\0' || !OpenConnection(path, busyTimeout, handle)) {
+  if (path == nullptr || *path == '\0') {
     return 0;
   }
-  if (CheckHealth(handle.Get()) == Health::kDamaged) {
+  GuardedVfs* guard = OpenConnection(path, busyTimeout, clock, handle);
+  Health health = guard != nullptr ? CheckHealthTwice(handle.Get()) : Health::kUnknown;
+  if (health == Health::kDamaged) {
     handle.Reset();
     DeleteFileAt(path);
-    if (!OpenConnection(path, busyTimeout, handle)) {
-      return 0;
-    }
+    guard = OpenConnection(path, busyTimeout, clock, handle);
+    health = Health::kSound;
   }
-  sqlite3_exec(handle.Get(), "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+  if (guard == nullptr || !BeginUse(handle.Get(), health)) {
+    handle.Reset();
+    return 0;
+  }
+  guard->Allow(kMostWorkMilliseconds);
   return 1;
 }
 
@@ -86,18 +130,30 @@ void CloseRecordStore(Connection& handle) {
 }
 
 int QuickCheck(sqlite3* db) {
-  return CheckHealth(db) == Health::kSound ? 1 : 0;
+  const Health health = CheckHealth(db);
+  return health == Health::kSound || health == Health::kBrokenOff ? 1 : 0;
 }
 
-JsonOwner FetchBlockItems(const Connection& handle, json_t* query) {
+JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* leftOut) {
   JsonOwner rows(handle ? json_array() : nullptr);
-  if (!rows) {
-    return {};
+  uint64_t beyond = 0;
+  if (rows) {
+    const MutexHold held = HoldMutex(handle.Get());
+    const Statement statement = BuildBlockItemQuery(handle.Get(), query);
+    size_t detailBytes = 0;
+    while (statement && sqlite3_step(statement.Get()) == SQLITE_ROW) {
+      const auto* const detail =
+          reinterpret_cast<const char*>(sqlite3_column_text(statement.Get(), 2));
+      detailBytes += static_cast<size_t>(sqlite3_column_bytes(statement.Get(), 2));
+      if (detailBytes > kMostDetailBytes || json_array_size(rows.Get()) == kMostBlockItems) {
+        ++beyond;
+      } else {
+        json_array_append_new(rows.Get(), RowObject(statement.Get(), detail).Release());
+      }
+    }
   }
-  const MutexHold held = HoldMutex(handle.Get());
-  const Statement statement = BuildBlockItemQuery(handle.Get(), query);
-  while (statement && sqlite3_step(statement.Get()) == SQLITE_ROW) {
-    json_array_append_new(rows.Get(), RowObject(statement.Get()).Release());
+  if (leftOut != nullptr) {
+    *leftOut = beyond;
   }
   return UnlessEmpty(std::move(rows));
 }

@@ -4,6 +4,7 @@
 
 #include "base/json.h"
 #include "store/connection.h"
+#include "store/guarded_vfs.h"
 
 namespace ostrell {
 
@@ -13,28 +14,45 @@ namespace ostrell {
 // How long a call waits for a database that another connection has locked.
 inline constexpr int kBusyTimeoutMilliseconds = 60000;
 
+// How long the check at the opening may work, and again all that is done with the connection
+// afterwards; waiting for locks does not count.
+inline constexpr int64_t kMostWorkMilliseconds = 60000;
+
 // Opens the database, which is made when it is missing and its folder exists, for write-ahead
 // logging. 1, and the caller owns `handle`; or 0, and it is empty: for no path or an empty one, and
 // when SQLite does not open the file. What `handle` held before is closed. `path` is UTF-8.
 //
+// The file and those beside it may be anybody's: no other file is opened or deleted (GuardedVfs),
+// and memory and sizes are bounded (limits.h).
+//
 // A damaged database is deleted with all its rows, without its journals, and replaced by an empty
-// one. Damaged is what QuickCheck finds fault with, or cannot even begin to check: no database, or
-// one whose schema does not read. A database that only cannot be read now is not damaged and opens
-// like a sound one: locked by someone else to the end of the time-out, without rights, without
-// memory, interrupted, or behind an I/O error.
+// one. Damaged is what two checks in a row find fault with, or cannot begin because the file is no
+// database or its schema does not read. Of a database that could not be checked through nothing is
+// known: locked by someone else to the end of the time-out, without rights, without memory, behind
+// an I/O error, out of time, with a journal that belongs to several databases, with values beyond
+// the limits or with functions that SQLite lacks. It opens like a sound one but only for reading:
+// on its connection nothing can be made, changed or dropped.
 int32_t OpenRecordStore(const char* path, Connection& handle,
-                        int busyTimeout = kBusyTimeoutMilliseconds);
+                        int busyTimeout = kBusyTimeoutMilliseconds,
+                        MonotonicClock clock = SteadyMilliseconds);
 
 void CloseRecordStore(Connection& handle);
 
-// 1 when the database is sound, 0 when it is damaged or the check could not begin. A check that
-// breaks off later found what it had found until then.
+// 1 when the check found no fault, and when it broke off before it found one; 0 when the database
+// is damaged, the check could not begin or could not read all pages.
 int QuickCheck(sqlite3* db);
 
+// Rows that are kept, and bytes of text that their documents may have together.
+inline constexpr size_t kMostBlockItems = 1000000;
+inline constexpr size_t kMostDetailBytes = size_t{256} << 20;
+
 // The rows that a query (block_item_query.h) finds, as an array of at least one object, each with
-// "id", "ts" and the document "detail", which is left out when it is NULL or no JSON array or
-// object. Nothing when there is no row, the query is refused or the connection is closed. Rows read
-// before an error are kept. Nothing else runs on the connection meanwhile.
-JsonOwner FetchBlockItems(const Connection& handle, json_t* query);
+// "id", "ts" and the document "detail", which is left out when it is NULL, no JSON array or object,
+// or one of too many elements (bounded_json.h). Nothing when there is no row, the query is refused
+// or the connection is closed. Rows read before an error are kept; one whose "detail" is longer
+// than kLongestValue is such an error. The first row beyond kMostBlockItems or kMostDetailBytes and
+// all behind it are left out and counted in `leftOut`, unless that is null. Nothing else runs on
+// the connection meanwhile.
+JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* leftOut = nullptr);
 
 }  // namespace ostrell

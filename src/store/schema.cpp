@@ -12,21 +12,35 @@ int Execute(sqlite3* db, const char* sql) {
   return ExecBound(db, sql, -1, "", {});
 }
 
+// Whether the connection may change nothing, see OpenRecordStore.
+bool IsQueryOnly(sqlite3* db) {
+  const Statement flag = Prepare(db, "PRAGMA query_only");
+  return !flag || sqlite3_step(flag.Get()) != SQLITE_ROW || sqlite3_column_int(flag.Get(), 0) != 0;
+}
+
 int Recreate(sqlite3* db) {
+  if (IsQueryOnly(db)) {
+    return 0;
+  }
   // A table that could not be dropped is found by CreateSchema.
   Execute(db, Print("DROP TABLE %s", kBlockItemSchema.name).c_str());
   return CreateSchema(db);
 }
 
-bool IndexesDiffer(sqlite3_stmt* lookUp) {
+// Nothing when an index could not be looked up.
+std::optional<bool> IndexesDiffer(sqlite3_stmt* lookUp) {
   for (const IndexSchema& index : kBlockItemSchema.indexes) {
     if (BindArgs(lookUp, "sss", {"index", -1, kBlockItemSchema.name, -1, index.name, -1}) !=
         SQLITE_OK) {
-      return false;
+      return std::nullopt;
     }
     const int step = sqlite3_step(lookUp);
-    if (step != SQLITE_ROW || !ColumnEquals(lookUp, 0, index.creation)) {
-      return step == SQLITE_ROW || step == SQLITE_DONE;
+    if (step != SQLITE_ROW) {
+      return step == SQLITE_DONE ? std::optional(true) : std::nullopt;
+    }
+    const auto same = ColumnEquals(lookUp, 0, index.creation);
+    if (same != true) {
+      return same ? std::optional(true) : std::nullopt;
     }
   }
   return false;
@@ -38,7 +52,7 @@ int EnsureIndexes(sqlite3* db) {
   if (!lookUp) {
     return 0;
   }
-  const bool differ = IndexesDiffer(lookUp.Get());
+  const bool differ = IndexesDiffer(lookUp.Get()).value_or(false);
   lookUp.Reset();  // an open statement would lock the table against its drop
   return differ ? Recreate(db) : 1;
 }
@@ -70,15 +84,16 @@ int EnsureSchema(sqlite3* db) {
     return 0;
   }
   const int step = sqlite3_step(lookUp.Get());
-  const bool same = step == SQLITE_ROW && ColumnEquals(lookUp.Get(), 1, kBlockItemSchema.creation);
+  const auto same =
+      step == SQLITE_ROW ? ColumnEquals(lookUp.Get(), 1, kBlockItemSchema.creation) : std::nullopt;
   lookUp.Reset();
   if (step == SQLITE_DONE) {
     return CreateSchema(db);
   }
-  if (step != SQLITE_ROW) {
+  if (!same) {
     return 0;
   }
-  return same ? EnsureIndexes(db) : Recreate(db);
+  return *same ? EnsureIndexes(db) : Recreate(db);
 }
 
 }  // namespace ostrell

@@ -40,7 +40,8 @@ int CreateSchema(sqlite3* db);
 // 1 when the table is there with its schema afterwards, 0 on failure. A missing table is made. A
 // table whose text, or whose index, is missing or differs is dropped with all its rows and made
 // anew; one that cannot be dropped stays and counts as made. An index that could not be looked up
-// counts as sound.
+// counts as sound. On a connection that may only read (OpenRecordStore) nothing is dropped or made:
+// what would be is a failure then.
 int EnsureSchema(sqlite3* db);
 
 }  // namespace ostrell

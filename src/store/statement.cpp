@@ -91,10 +91,15 @@ int ExecBound(sqlite3* db, const char* sql, int length, std::string_view format,
              : 0;
 }
 
-bool ColumnEquals(sqlite3_stmt* row, int column, std::string_view text) {
+std::optional<bool> ColumnEquals(sqlite3_stmt* row, int column, std::string_view text) {
+  if (sqlite3_column_type(row, column) == SQLITE_NULL) {
+    return false;
+  }
   const auto* const stored = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
-  return stored != nullptr &&
-         std::string_view(stored, static_cast<size_t>(sqlite3_column_bytes(row, column))) == text;
+  return stored != nullptr
+             ? std::optional(std::string_view(stored, static_cast<size_t>(sqlite3_column_bytes(
+                                                          row, column))) == text)
+             : std::nullopt;
 }
 
 }  // namespace ostrell

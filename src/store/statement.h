@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string_view>
 #include <variant>
 
@@ -45,7 +46,8 @@ int BindArgs(sqlite3_stmt* statement, std::string_view format,
 int ExecBound(sqlite3* db, const char* sql, int length, std::string_view format,
               std::initializer_list<BindArgument> arguments);
 
-// True when a column of the current row is exactly this text; NULL is none.
-bool ColumnEquals(sqlite3_stmt* row, int column, std::string_view text);
+// Whether a column of the current row is exactly this text; NULL is none. Nothing when there was no
+// memory to tell.
+std::optional<bool> ColumnEquals(sqlite3_stmt* row, int column, std::string_view text);
 
 }  // namespace ostrell
