@@ -21,6 +21,7 @@
 #include "eventlog/render_record.h"
 #include "reports/sample_pass.h"
 #include "reports/sample_upload.h"
+#include "unified/dump_view_win.h"
 #include "unified/event_fields.h"
 #include "unified/minidump.h"
 #include "unified/report_item.h"
@@ -61,7 +62,7 @@ bool MakeSparseCopy(const std::filesystem::path& dump, const std::filesystem::pa
 
 bool ReadDump(const std::filesystem::path& path) {
   const MappedFile file(path.c_str());
-  return ReadMinidump(file.Bytes()).crashModuleTime.has_value();
+  return ReadMinidump(SourceOfView(file.Bytes())).crashModuleTime.has_value();
 }
 
 bool BenchDumps(const std::filesystem::path& dump) {
@@ -73,8 +74,8 @@ bool BenchDumps(const std::filesystem::path& dump) {
   PrintRow("dump, opened, mapped and read", SecondsPerCall([&] { ReadDump(dump); }), "a dump");
   PrintRow("the same, sparse and 4 GiB long", SecondsPerCall([&] { ReadDump(sparse); }), "a dump");
   const MappedFile file(sparse.c_str());
-  PrintRow("the same, reading alone", SecondsPerCall([&] { ReadMinidump(file.Bytes()); }),
-           "a dump");
+  PrintRow("the same, reading alone",
+           SecondsPerCall([&] { ReadMinidump(SourceOfView(file.Bytes())); }), "a dump");
   return true;
 }
 

@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
         const ssize_t count = pread(file, to.data(), to.size(), static_cast<off_t>(offset));
         return count < 0 ? size_t{0} : static_cast<size_t>(count);
       },
-      argv[1], [&lines](const std::string&) { ++lines; });
+      argv[1], [&lines](const ostrell::LogLine&) { ++lines; });
   std::printf("%zu\n", lines);
   return 0;
 }

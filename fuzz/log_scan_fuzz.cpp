@@ -6,25 +6,33 @@
 #include "unified/log_scan.h"
 #include "unified/plain_log_reading.h"
 
-// The first byte of the input is the size of a block less one, the second chooses the signature,
-// the rest is the log.
+// The first byte of the input is the size of a block less one, the second chooses the signature and
+// how much of a line is kept, the rest is the log.
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace ostrell;
   constexpr std::string_view kSignatures[] = {"0 failed", "startservice:: 0x00000005", "ab", "a"};
   if (size < 2) {
     return 0;
   }
-  const size_t blockSize = size_t{data[0]} + 1;
+  const LogScanSizes sizes = {.block = size_t{data[0]} + 1,
+                              .mostOfLine = size_t{data[1]} / 4 * 5 + 1};
   const std::string_view signature = kSignatures[data[1] % std::size(kSignatures)];
   const std::string file(reinterpret_cast<const char*>(data) + 2, size - 2);
-  const LogReader read = [&file](uint64_t offset, std::span<char> to) {
-    return ReadFromText(file, offset, to);
+  size_t bytesRead = 0;
+  const LogReader read = [&](uint64_t offset, std::span<char> to) {
+    const size_t count = ReadFromText(file, offset, to);
+    bytesRead += count;
+    return count;
   };
-  const auto lines = MatchingLines(read, signature, blockSize);
-  Require(lines == PlainLogReading(file, signature));
-  for (const std::string& line : lines) {
-    Require(!LogLineTime(line) || line.starts_with('['));
-    Require(PeTimeMarker(line).value_or(1) != 0);
+  const auto lines = MatchingLines(read, signature, sizes);
+  Require(lines == PlainLogReading(file, signature, sizes.mostOfLine));
+  // Read again is no more than what is kept of each line, with the rest of a block.
+  size_t readAgain = 0;
+  for (const LogLine& line : lines) {
+    Require(!LogLineTime(line.text) || line.text.starts_with('['));
+    Require(PeTimeMarker(line.text).value_or(1) != 0);
+    readAgain += line.text.size() + 3 * sizes.block + signature.size();
   }
+  Require(bytesRead <= file.size() + readAgain);
   return 0;
 }

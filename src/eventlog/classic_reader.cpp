@@ -99,41 +99,52 @@ LegacyEventLogReader::LegacyEventLogReader(std::wstring serverName, bool open,
                                            const ClassicEventLogApi& functions)
     : server(std::move(serverName)), isOpen(open), api(functions) {}
 
-std::vector<EventRecord> LegacyEventLogReader::ReadEvents(const std::wstring& logName,
-                                                          const EventFilter& filter) {
+ReadingEnd LegacyEventLogReader::ReadEvents(const std::wstring& logName, const EventFilter& filter,
+                                            const TimeBudget& budget, const RecordTaker& take) {
   if (!isOpen) {
     Fail(kInvalidHandle);
-    return {};
+    return ReadingEnd::kComplete;
   }
   const ClassicLog log(
       {api.open(server.empty() ? nullptr : server.c_str(), logName.c_str()), &api});
   if (!log) {
     Fail(api.lastError());
-    return {};
+    return ReadingEnd::kComplete;
   }
-  std::vector<EventRecord> records;
   std::vector<std::byte> buffer(kFirstBuffer);
+  while (!budget.IsSpent()) {
+    const auto filled = ReadOn(log, buffer);
+    if (!filled) {
+      return ReadingEnd::kComplete;
+    }
+    std::vector<EventRecord> records;
+    WalkClassicRecords(*filled, logName, filter, records);
+    for (EventRecord& record : records) {
+      if (!take(std::move(record))) {
+        return ReadingEnd::kStopped;
+      }
+    }
+  }
+  return ReadingEnd::kOutOfTime;
+}
+
+std::optional<Bytes> LegacyEventLogReader::ReadOn(const ClassicLog& log,
+                                                  std::vector<std::byte>& buffer) {
   while (true) {
     uint32_t read = 0;
     uint32_t needed = 0;
     if (api.read(log.Get().value, kSequentialBackwards, 0, buffer.data(),
                  static_cast<uint32_t>(buffer.size()), &read, &needed)) {
-      const auto filled = ostrell::Slice(buffer, 0, read);
-      if (read == 0 || !filled) {
-        return records;
-      }
-      WalkClassicRecords(*filled, logName, filter, records);
-      continue;
+      return read == 0 ? std::nullopt : ostrell::Slice(buffer, 0, read);
     }
     const uint32_t code = api.lastError();
-    if (code == kInsufficientBuffer && needed > buffer.size() && needed <= kMostBuffer) {
-      buffer.resize(needed);
-      continue;
+    if (code != kInsufficientBuffer || needed <= buffer.size() || needed > kMostBuffer) {
+      if (code != kEndOfFile) {
+        Fail(code);
+      }
+      return std::nullopt;
     }
-    if (code != kEndOfFile) {
-      Fail(code);
-    }
-    return records;
+    buffer.resize(needed);
   }
 }
 

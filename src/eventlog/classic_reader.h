@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "eventlog/classic_api.h"
 #include "eventlog/event_record.h"
 #include "eventlog/filters.h"
+#include "eventlog/reading.h"
 
 namespace eventlog {
 
@@ -19,14 +21,19 @@ class LegacyEventLogReader {
   explicit LegacyEventLogReader(std::wstring serverName = {}, bool open = true,
                                 const ClassicEventLogApi& functions = SystemClassicEventLog());
 
-  // What was read before a failure is kept. The buffer grows when the system asks for more, up to
-  // the most that it documents, 0x7FFFF bytes.
-  std::vector<EventRecord> ReadEvents(const std::wstring& logName, const EventFilter& filter);
+  // Gives `take` the records that `filter` lets pass; those read before a failure count. The buffer
+  // grows when the system asks for more, up to the most that it documents, 0x7FFFF bytes. The time
+  // is looked at between two reads.
+  ReadingEnd ReadEvents(const std::wstring& logName, const EventFilter& filter,
+                        const TimeBudget& budget, const RecordTaker& take);
 
   // The text of the last failure; a success leaves it.
   const std::wstring& LastError() const { return lastError; }
 
  private:
+  // A buffer's worth of records; nothing at the end and on failure.
+  std::optional<std::span<const std::byte>> ReadOn(const ClassicLog& log,
+                                                   std::vector<std::byte>& buffer);
   void Fail(uint32_t code) { lastError = api.errorText(code); }
 
   std::wstring server;

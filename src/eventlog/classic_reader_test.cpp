@@ -170,15 +170,22 @@ struct Reading {
   std::vector<uint32_t> ids;
   std::wstring error;
   int closes;
+  ReadingEnd end;
 };
 
-Reading ReadAll(FakeLog& log, bool isOpen = true) {
+Reading ReadAll(FakeLog& log, bool isOpen = true, size_t mostTaken = 100000) {
   fakeLog = &log;
   LegacyEventLogReader reader(log.server, isOpen, kFake);
   Reading reading;
-  for (const EventRecord& record : reader.ReadEvents(L"Log", EventIdFilter(1, 99))) {
-    reading.ids.push_back(record.eventId);
-  }
+  // A second passes each time the time is looked at.
+  const TimeBudget budget([looks = 0]() mutable {
+    return std::chrono::steady_clock::time_point(std::chrono::seconds(looks++));
+  });
+  reading.end =
+      reader.ReadEvents(L"Log", EventIdFilter(1, 99), budget, [&](const EventRecord& record) {
+        reading.ids.push_back(record.eventId);
+        return reading.ids.size() < mostTaken;
+      });
   reading.error = reader.LastError();
   reading.closes = log.closes;
   fakeLog = nullptr;
@@ -200,6 +207,18 @@ TEST(ClassicReader, KeepsTheOrderAndFilters) {
   EXPECT_THAT(reading.ids, ElementsAre(9, 8, 7));
   EXPECT_EQ(reading.error, L"");
   EXPECT_EQ(reading.closes, 1);
+}
+
+TEST(ClassicReader, LogWithoutEnd) {
+  FakeLog log{.answers = std::vector<Answer>(1000, {Records({9, 8})})};
+  const Reading reading = ReadAll(log);
+  EXPECT_EQ(reading.end, ReadingEnd::kOutOfTime);
+  EXPECT_EQ(reading.ids.size(), 2u * 299);  // one look before each read and one when it began
+  EXPECT_EQ(reading.closes, 1);
+
+  FakeLog again{.answers = std::vector<Answer>(1000, {Records({9, 8})})};
+  EXPECT_THAT(ReadAll(again, true, 3).ids, ElementsAre(9, 8, 9));
+  EXPECT_EQ(again.reads, 2u);
 }
 
 TEST(ClassicReader, EndsAndFailures) {

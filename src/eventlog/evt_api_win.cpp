@@ -15,12 +15,17 @@ struct ModuleTraits {
 };
 using WevtApiModule = ostrell::Owner<ModuleTraits>;
 
-const WevtApiModule kWevtApi(LoadLibraryA("wevtapi.dll"));
+// Loaded when it is first asked for: by then the process prefers the system's own library to one of
+// that name beside the program.
+HMODULE WevtApi() {
+  static const WevtApiModule module(LoadLibraryA("wevtapi.dll"));
+  return module.Get();
+}
 
 // Calls the function of that name; an empty result when it is missing.
 template <class Function, class... Args>
 auto Call(const char* name, Args... args) -> decltype(std::declval<Function*>()(args...)) {
-  const FARPROC found = kWevtApi ? GetProcAddress(kWevtApi.Get(), name) : nullptr;
+  const FARPROC found = WevtApi() != nullptr ? GetProcAddress(WevtApi(), name) : nullptr;
   if (found == nullptr) {
     return {};
   }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "eventlog/render_record.h"
 #include "eventlog/select_xpath.h"
@@ -41,6 +43,44 @@ std::vector<EvtHandle> NextEvents(const EvtHandle& results, const EvtApi& api) {
   return events;
 }
 
+// What is read of one query.
+struct Query {
+  const std::wstring& channel;
+  void* context;  // of the rendering
+  std::vector<const EventFilter*> inMemoryFilters;
+  const EvtApi& api;
+};
+
+// The event as a record; nothing when it cannot be rendered or a filter keeps it back.
+std::optional<EventRecord> Passing(const EvtHandle& event, const Query& query) {
+  EventRecord record;
+  record.channel = query.channel;
+  if (RenderEventRecord(query.context, event.Get().value, record, query.api) &&
+      std::ranges::all_of(query.inMemoryFilters,
+                          [&record](const auto* filter) { return filter->Matches(record); })) {
+    return record;
+  }
+  return std::nullopt;
+}
+
+ReadingEnd ReadResults(const EvtHandle& results, const Query& query, const TimeBudget& budget,
+                       const RecordTaker& take) {
+  while (!budget.IsSpent()) {
+    auto events = NextEvents(results, query.api);
+    if (events.empty()) {
+      return ReadingEnd::kComplete;
+    }
+    for (EvtHandle& event : events) {
+      auto record = Passing(event, query);
+      if (record && !take(std::move(*record))) {
+        return ReadingEnd::kStopped;
+      }
+      event.Reset();
+    }
+  }
+  return ReadingEnd::kOutOfTime;
+}
+
 }  // namespace
 
 EventLogSession::EventLogSession(const std::wstring& server, const EvtApi& functions)
@@ -56,53 +96,46 @@ EventLogSession::EventLogSession(const std::wstring& server, const EvtApi& funct
   }
 }
 
-std::vector<EventRecord> EventLogSession::QueryEvents(const std::wstring& channel,
-                                                      const std::wstring& provider,
-                                                      const CompositeFilter& composite) {
+ReadingEnd EventLogSession::QueryEvents(const std::wstring& channel, const std::wstring& provider,
+                                        const CompositeFilter& composite, const TimeBudget& budget,
+                                        const RecordTaker& take) {
   if (!isOpen) {
     Fail(kInvalidHandle);
-    return {};
+    return ReadingEnd::kComplete;
   }
-  if (!EnumerateChannels().contains(channel)) {
-    return {};
+  auto end = ReadingEnd::kComplete;
+  if (!EnumerateChannels(budget, end).contains(channel)) {
+    return end;
   }
-  std::vector<const EventFilter*> inMemoryFilters;
+  Query query = {channel, session.Get().value, {}, api};
   const auto document =
-      BuildQueryDocument(channel, BuildSelectXPath(provider, composite, inMemoryFilters));
+      BuildQueryDocument(channel, BuildSelectXPath(provider, composite, query.inMemoryFilters));
   if (!document) {
     Fail(kInsufficientBuffer);
-    return {};
+    return ReadingEnd::kComplete;
   }
-  void* const context = session.Get().value;
   const EvtHandle results(
-      {api.query(context, nullptr, document->c_str(), kForwardAndTolerant), &api});
+      {api.query(query.context, nullptr, document->c_str(), kForwardAndTolerant), &api});
   if (!results) {
     Fail(api.lastError());
-    return {};
+    return ReadingEnd::kComplete;
   }
-  std::vector<EventRecord> records;
-  for (auto events = NextEvents(results, api); !events.empty(); events = NextEvents(results, api)) {
-    for (EvtHandle& event : events) {
-      EventRecord record;
-      record.channel = channel;
-      if (RenderEventRecord(context, event.Get().value, record, api) &&
-          std::ranges::all_of(inMemoryFilters,
-                              [&record](const auto* filter) { return filter->Matches(record); })) {
-        records.push_back(std::move(record));
-      }
-      event.Reset();
-    }
-  }
-  return records;
+  return ReadResults(results, query, budget, take);
 }
 
-std::set<std::wstring> EventLogSession::EnumerateChannels() const {
+std::set<std::wstring> EventLogSession::EnumerateChannels(const TimeBudget& budget,
+                                                          ReadingEnd& end) const {
   std::set<std::wstring> channels;
   const EvtHandle enumeration({api.openChannelEnum(nullptr, 0), &api});
   std::array<wchar_t, 260> path{};
   uint32_t used = 0;
-  while (enumeration &&
-         api.nextChannelPath(enumeration.Get().value, path.size(), path.data(), &used)) {
+  for (size_t listed = 0;
+       enumeration && api.nextChannelPath(enumeration.Get().value, path.size(), path.data(), &used);
+       ++listed) {
+    if (listed == kMostChannels || budget.IsSpent()) {
+      end = listed == kMostChannels ? ReadingEnd::kTooManyChannels : ReadingEnd::kOutOfTime;
+      break;
+    }
     channels.emplace(path.begin(), std::ranges::find(path, L'\0'));
   }
   return channels;

@@ -2,33 +2,35 @@
 
 #include <set>
 #include <string>
-#include <vector>
 
-#include "eventlog/event_record.h"
 #include "eventlog/evt_api.h"
 #include "eventlog/filters.h"
+#include "eventlog/reading.h"
 
 namespace eventlog {
 
-// A session with the event log service, which evaluates queries itself. Failures show as empty
-// results and in the last error's text.
+// A session with the event log service, which evaluates queries itself. Failures show as missing
+// records and in the last error's text.
 class EventLogSession {
  public:
   // `server` is empty for the local computer; another is connected to by remote procedure call.
   explicit EventLogSession(const std::wstring& server, const EvtApi& functions = LoadedEvtApi());
 
-  // The records of a channel of this computer, oldest first, that a provider wrote (any when empty)
-  // and `composite` lets pass. Filters that cannot be put into the query's text test the records
-  // here. An event that cannot be rendered is skipped. A channel that this computer does not have
-  // is empty without an error; a query whose text would not fit 4096 characters is not run.
+  // Gives `take` the records of a channel of this computer, oldest first, that a provider wrote
+  // (any when empty) and `composite` lets pass. Filters that cannot be put into the query's text
+  // test the records here. An event that cannot be rendered is skipped. A channel that this
+  // computer does not have is empty without an error; a query whose text would not fit 4096
+  // characters is not run. The time is looked at between two channels and between two batches of 64
+  // events.
   //
   // A number in an event that does not convert throws (render_record.h); all handles are closed.
-  std::vector<EventRecord> QueryEvents(const std::wstring& channel, const std::wstring& provider,
-                                       const CompositeFilter& composite);
+  ReadingEnd QueryEvents(const std::wstring& channel, const std::wstring& provider,
+                         const CompositeFilter& composite, const TimeBudget& budget,
+                         const RecordTaker& take);
 
   // The channels of this computer, asked anew at every call, up to the first failure, which a name
-  // of 260 characters or more is, too.
-  std::set<std::wstring> EnumerateChannels() const;
+  // of 260 characters or more is, too, and up to the limits: only then `end` is set.
+  std::set<std::wstring> EnumerateChannels(const TimeBudget& budget, ReadingEnd& end) const;
 
   bool IsOpen() const { return isOpen; }
   // The text of the last failure; a success leaves it.

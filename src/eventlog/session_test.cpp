@@ -20,6 +20,9 @@ struct FakeService {
   uint32_t announced = 0;            // another size of a rendering than the true one
   bool succeedsAtEnd = false;        // the read past the last event gives none and succeeds
 
+  bool isEndless = false;           // the first event comes again and again
+  bool channelsAreEndless = false;  // and the first channel
+
   void* session = nullptr;
   std::wstring document;
   size_t nextChannel = 0;
@@ -54,7 +57,8 @@ bool FakeNext(void*, uint32_t size, void** handles, uint32_t timeout, uint32_t,
   }
   while (*returned < size && service->nextEvent < service->events.size()) {
     handles[*returned] = service->Give("an event");
-    service->eventOf[service->lastHandle] = service->nextEvent++;
+    service->eventOf[service->lastHandle] = service->nextEvent;
+    service->nextEvent += service->isEndless ? 0 : 1;
     ++*returned;
   }
   return *returned > 0 || service->succeedsAtEnd;
@@ -112,7 +116,8 @@ const EvtApi kFake = {
           if (service->nextChannel == service->channels.size()) {
             return false;
           }
-          const std::wstring& channel = service->channels[service->nextChannel++];
+          const std::wstring& channel = service->channels[service->nextChannel];
+          service->nextChannel += service->channelsAreEndless ? 0 : 1;
           if (channel.size() >= size) {
             return false;
           }
@@ -136,13 +141,20 @@ class SessionTest : public testing::Test {
 
   std::vector<EventRecord> Query(const std::wstring& server = L"") {
     EventLogSession session(server, kFake);
-    std::vector<EventRecord> records = session.QueryEvents(L"System", L"P", filter);
+    std::vector<EventRecord> records;
+    end = session.QueryEvents(L"System", L"P", filter, TimeBudget(clock), [&](EventRecord record) {
+      records.push_back(std::move(record));
+      return records.size() < mostTaken;
+    });
     lastError = session.LastError();
     return records;
   }
 
   FakeService fake;
   CompositeFilter filter;
+  TimeBudget::Clock clock = [] { return std::chrono::steady_clock::time_point(); };
+  size_t mostTaken = 1000000;
+  ReadingEnd end{};
   std::wstring lastError;
 };
 
@@ -209,9 +221,58 @@ TEST_F(SessionTest, ChannelsAreKnownByTheirExactNames) {
   EXPECT_EQ(Query().size(), 1u);
 }
 
+// A second passes each time the time is looked at, first when the reading begins.
+TimeBudget::Clock SecondByLook() {
+  return [looks = 0]() mutable {
+    return std::chrono::steady_clock::time_point(std::chrono::seconds(looks++));
+  };
+}
+
+TEST_F(SessionTest, ReadingEndsWhenItsTimeIsSpent) {
+  fake.isEndless = true;
+  fake.events = {Event(1)};
+  clock = SecondByLook();
+  // Two looks at the listing of two channels, 297 before a batch each, and one that ends it.
+  EXPECT_EQ(Query().size(), 64u * 297);
+  EXPECT_EQ(end, ReadingEnd::kOutOfTime);
+  EXPECT_EQ(lastError, L"");
+}
+
+TEST_F(SessionTest, ReadingEndsWhenTheTakerSaysSo) {
+  fake.isEndless = true;
+  fake.events = {Event(1)};
+  mostTaken = 100;
+  EXPECT_EQ(Query().size(), 100u);
+  EXPECT_EQ(end, ReadingEnd::kStopped);
+}
+
+TEST_F(SessionTest, ListOfChannelsEnds) {
+  fake.events = {Event(1)};
+  fake.channels = {L"Other"};
+  fake.channelsAreEndless = true;
+  EXPECT_TRUE(Query().empty());
+  EXPECT_EQ(end, ReadingEnd::kTooManyChannels);
+  clock = SecondByLook();
+  EXPECT_TRUE(Query().empty());
+  EXPECT_EQ(end, ReadingEnd::kOutOfTime);
+
+  clock = [] { return std::chrono::steady_clock::time_point(); };
+  fake.channelsAreEndless = false;
+  fake.channels.assign(65535, L"Other");
+  fake.channels.emplace_back(L"System");
+  EXPECT_EQ(Query().size(), 1u);
+  fake.nextEvent = 0;
+  fake.channels.insert(fake.channels.begin(), L"Other");
+  EXPECT_TRUE(Query().empty());
+  EXPECT_EQ(end, ReadingEnd::kTooManyChannels);
+  fake.channels.assign(65536, L"Other");
+  Query();
+  EXPECT_EQ(end, ReadingEnd::kComplete);
+}
+
 TEST_F(SessionTest, QueryThatDoesNotFitIsNotRun) {
   EventLogSession session(L"", kFake);
-  EXPECT_TRUE(session.QueryEvents(L"System", std::wstring(4000, L'p'), filter).empty());
+  session.QueryEvents(L"System", std::wstring(4000, L'p'), filter, TimeBudget(clock), {});
   EXPECT_EQ(session.LastError(), L"error 122");
   EXPECT_EQ(fake.document, L"");
 }

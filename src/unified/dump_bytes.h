@@ -3,14 +3,25 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
+#include "base/bytes.h"
 #include "unified/minidump.h"
 
 namespace ostrell {
 
-// For tests: a minidump made piece by piece, so that a case can damage any of them.
+// For tests: a dump in memory. A read outside it throws.
+inline DumpSource SourceOf(std::span<const std::byte> dump) {
+  return {dump.size(), [dump](uint64_t offset, std::span<std::byte> to) {
+            const auto from = Slice(dump, offset, to.size());
+            std::ranges::copy(from.value(), to.begin());
+            return true;
+          }};
+}
+
+// A minidump made piece by piece, so that a case can damage any of them.
 class DumpBytes {
  public:
   DumpBytes& Put32(size_t offset, uint64_t value) {
@@ -39,7 +50,7 @@ class DumpBytes {
     bytes.resize(bytes.size() + 2);
     return *this;
   }
-  DumpReading Read() const { return ReadMinidump(bytes); }
+  DumpReading Read() const { return ReadMinidump(SourceOf(bytes)); }
 
   std::vector<std::byte> bytes;
 };

@@ -7,6 +7,8 @@
 #include "base/mapped_file_win.h"
 #include "platform/tracelog.h"
 #include "unified/dump_files.h"
+#include "unified/dump_listing_win.h"
+#include "unified/dump_view_win.h"
 #include "unified/local_time_win.h"
 #include "unified/minidump.h"
 #include "unified/program_folder_win.h"
@@ -20,48 +22,19 @@ constexpr FolderMessages kCleanupFolderMessages = {
     L"GetModuleFileNameW failed during cleanup, return 0",
     L"Failed to extract directory during cleanup, return 0"};
 
-struct FindHandleTraits {
-  using Handle = HANDLE;
-  static Handle Empty() { return INVALID_HANDLE_VALUE; }
-  static void Close(Handle handle) noexcept { FindClose(handle); }
-};
-
-struct DumpFile {
-  std::wstring name;  // without the folder
-  int64_t time;
-};
-
-std::wstring PathIn(const std::wstring& directory, const wchar_t* name) {
-  return directory.ends_with(L'\\') ? directory + name : directory + L'\\' + name;
-}
-
-bool IsDirectory(DWORD attributes) {
-  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-std::vector<DumpFile> ListDumps(const std::wstring& directory) {
-  std::vector<DumpFile> dumps;
-  WIN32_FIND_DATAW entry;
-  const Owner<FindHandleTraits> listing(FindFirstFileExW(PathIn(directory, L"*.dmp").c_str(),
-                                                         FindExInfoStandard, &entry,
-                                                         FindExSearchNameMatch, nullptr, 0));
-  for (bool found = static_cast<bool>(listing); found;
-       found = FindNextFileW(listing.Get(), &entry) != 0) {
-    // The listing's own times can be stale while a file is open.
-    WIN32_FILE_ATTRIBUTE_DATA attributes;
-    if (!IsDirectory(entry.dwFileAttributes) &&
-        GetFileAttributesExW(PathIn(directory, entry.cFileName).c_str(), GetFileExInfoStandard,
-                             &attributes) != 0 &&
-        !IsDirectory(attributes.dwFileAttributes)) {
-      dumps.push_back({entry.cFileName, LocalTimeSeconds(attributes.ftLastWriteTime)});
-    }
+// The dumps of a folder; says so when there are more than the limit.
+std::vector<DumpFile> DumpsOf(const char* operation, const std::wstring& directory) {
+  DumpListing listing = ListDumps(directory);
+  if (listing.leftOut > 0) {
+    TraceLogger(operation, __LINE__, 1)(L"Too many dump files in directory %s, %llu left out",
+                                        directory, listing.leftOut);
   }
-  return dumps;
+  return std::move(listing.dumps);
 }
 
 void AppendDumpsSince(int64_t tmStart, const std::wstring& directory,
                       std::vector<DumpFile>& found) {
-  for (DumpFile& dump : ListDumps(directory)) {
+  for (DumpFile& dump : DumpsOf("collect_dump_files", directory)) {
     if (dump.time >= tmStart) {
       found.push_back(std::move(dump));
     }
@@ -111,7 +84,12 @@ int32_t GetCrashModuleFromDump(const std::wstring& fileName, uint32_t& crashModu
                                                        fileName, file.Error());
     return 0;
   }
-  const DumpReading dump = ReadMinidump(file.Bytes());
+  const DumpReading dump = ReadMinidump(SourceOfView(file.Bytes()));
+  if (dump.leftOut != DumpLeftOut()) {
+    TraceLogger("GetCrashModuleFromDump", __LINE__, 1)(
+        L"Limits of dump file %s: left out %llu streams, %llu modules, the rest of %llu names",
+        fileName, dump.leftOut.streams, dump.leftOut.modules, dump.leftOut.names);
+  }
   if (dump.kind == DumpKind::kForeign) {
     return 0;
   }
@@ -134,7 +112,7 @@ int32_t cleanup_old_dump_files(int64_t tmNow) {
 int32_t cleanup_old_dump_files_in_directory(const std::wstring& directory, int64_t tmNow) {
   const int64_t cutOff = WrappingDifference(tmNow, kKeepDumps);
   int32_t deleted = 0;
-  for (const DumpFile& dump : ListDumps(directory)) {
+  for (const DumpFile& dump : DumpsOf("cleanup_old_dump_files_in_directory", directory)) {
     if (dump.time < cutOff && DeleteFileW(PathIn(directory, dump.name.c_str()).c_str()) != 0) {
       ++deleted;
     }

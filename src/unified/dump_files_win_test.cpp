@@ -5,6 +5,8 @@
 #include "base/text.h"
 #include "unified/dump_bytes.h"
 #include "unified/dump_files.h"
+#include "unified/dump_listing_win.h"
+#include "unified/dump_view_win.h"
 #include "unified/program_files_win.h"
 
 namespace ostrell {
@@ -123,6 +125,54 @@ TEST_F(DumpFilesTest, CleansUpBesideTheProgramOnly) {
   EXPECT_TRUE(std::filesystem::exists("older.dmp"));
   EXPECT_TRUE(std::filesystem::exists("..\\above.dmp"));
   EXPECT_TRUE(std::filesystem::exists("old.txt"));
+}
+
+// A listing of "*.dmp" gives them, too: their short names end so.
+TEST_F(DumpFilesTest, OnlyLongNamesCount) {
+  const int64_t time = Dump(L"memory.dmpbackup", "x", 0);
+  Dump(L"UPPER.DMP", "x", 0);
+  files.MakeFolder(L"folder.dmp");
+  const JsonOwner items = collect_dump_files(time);
+  ASSERT_EQ(json_array_size(items.Get()), 1u);
+  EXPECT_EQ(TextMember(json_array_get(items.Get(), 0), "name"), "UPPER.DMP");
+  EXPECT_EQ(cleanup_old_dump_files(kWritten), 1);
+  EXPECT_TRUE(std::filesystem::exists("memory.dmpbackup"));
+  EXPECT_FALSE(std::filesystem::exists("UPPER.DMP"));
+  EXPECT_TRUE(std::filesystem::exists("folder.dmp"));
+}
+
+TEST_F(DumpFilesTest, WhatLimitsLeaveOutIsLogged) {
+  DumpBytes dump;
+  dump.Header(65540, 16).Put32(16 + 65540 * 12, 0);
+  Dump(L"case.dmp", Text(dump));
+  uint32_t time = 7;
+  EXPECT_EQ(GetCrashModuleFromDump(L"case.dmp", time), 0);
+  EXPECT_THAT(
+      ProgramFiles::Messages(),
+      ElementsAre("GetCrashModuleFromDump Limits of dump file case.dmp: left out 4 streams, "
+                  "0 modules, the rest of 0 names",
+                  "GetCrashModuleFromDump No module list found in dump file case.dmp"));
+}
+
+// Memory that cannot be read, as a page of a failing disk: touched, it would end the program.
+TEST_F(DumpFilesTest, UnreadableViewIsNoCrash) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): no system puts anything there
+  const auto* const nowhere = reinterpret_cast<const std::byte*>(uintptr_t{0x1000});
+  EXPECT_EQ(ReadMinidump(SourceOfView({nowhere, 8192})).kind, DumpKind::kNoModuleList);
+  const DumpBytes dump = WellFormedDump();
+  EXPECT_EQ(ReadMinidump(SourceOfView(dump.bytes)).crashModuleTime, 0x90ABCDEF);
+}
+
+TEST_F(DumpFilesTest, FolderWithTooManyDumps) {
+  files.Write(L"many\\note.dmpx", "x");
+  for (const wchar_t* name : {L"many\\1.dmp", L"many\\2.dmp", L"many\\3.dmp"}) {
+    Dump(name, "x");
+  }
+  EXPECT_EQ(ListDumps(L"many", 4).leftOut, 0u);
+  EXPECT_EQ(ListDumps(L"many", 3).leftOut, 0u);
+  const DumpListing listing = ListDumps(L"many", 2);
+  EXPECT_EQ(listing.dumps.size(), 2u);
+  EXPECT_EQ(listing.leftOut, 1u);
 }
 
 TEST_F(DumpFilesTest, MissingFolderHoldsNoDumps) {

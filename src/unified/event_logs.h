@@ -12,7 +12,9 @@ namespace ostrell {
 //
 // Two queries are run, each over one channel and one provider. One that fails contributes nothing,
 // and neither does one whose results hold a number that cannot be converted; the other is still
-// run.
+// run. A query ends when it has given 65,536 events, when its time of 300 seconds is spent, or when
+// its channel is not among the first 65,536 that the event log service lists (eventlog/reading.h):
+// what it has given until then counts, and the trace log says so.
 JsonOwner collect_event_logs(int64_t tmStart);
 
 }  // namespace ostrell

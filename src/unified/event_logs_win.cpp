@@ -25,6 +25,7 @@ namespace {
 
 using eventlog::CompositeFilter;
 using eventlog::EventRecord;
+using eventlog::ReadingEnd;
 
 constexpr uint32_t kApplicationError = 1000;
 
@@ -52,16 +53,6 @@ CompositeFilter FilterOf(const EventQuery& query, int64_t tmStart, int64_t tmEnd
   return filter;
 }
 
-std::vector<EventRecord> ReadClassic(const EventQuery& query, const CompositeFilter& filter,
-                                     const eventlog::ClassicEventLogApi& api) {
-  eventlog::LegacyEventLogReader reader({}, true, api);
-  std::vector<EventRecord> records = reader.ReadEvents(query.channel, filter);
-  std::erase_if(records, [&](const EventRecord& record) {
-    return _wcsicmp(record.provider.c_str(), query.provider) != 0;
-  });
-  return records;
-}
-
 int64_t TimeOf(const EventRecord& record) {
   const auto ticks = TicksFromSystemTime(record.timeCreated);
   return ticks ? LocalTimeSeconds(FileTimeFromTicks(*ticks)) : 0;
@@ -75,10 +66,24 @@ CollectedEvent Collected(EventRecord&& record, const EventQuery& query) {
   return {TimeOf(record),
           record.eventId,
           std::move(record.provider),
-          std::move(record.data),
           query.channel,
           std::move(application.name),
           std::move(application.timestamp)};
+}
+
+// What limit ended the reading of a query, if one did.
+void LogEnd(ReadingEnd end, const EventQuery& query, size_t count) {
+  constexpr auto kSeconds = eventlog::kReadingTime.count();
+  const TraceLogger log("collect_event_logs", __LINE__, 1);
+  if (end == ReadingEnd::kStopped) {
+    log(L"Limit of channel %s: reading ended after %u events", query.channel, count);
+  } else if (end == ReadingEnd::kOutOfTime) {
+    log(L"Limit of channel %s: reading ended after %u events and %d seconds", query.channel, count,
+        kSeconds);
+  } else if (end == ReadingEnd::kTooManyChannels) {
+    log(L"Limit of channel %s: not among the first %u channels", query.channel,
+        eventlog::kMostChannels);
+  }
 }
 
 JsonOwner ItemOf(const CollectedEvent& event) {
@@ -105,20 +110,33 @@ bool HasModernEventLog(const SystemApi& api) {
 
 size_t QueryProductEvents(bool isModern, int64_t tmStart, std::vector<CollectedEvent>& events,
                           const eventlog::EvtApi& modern,
-                          const eventlog::ClassicEventLogApi& classic) {
+                          const eventlog::ClassicEventLogApi& classic,
+                          const eventlog::TimeBudget::Clock& clock) {
   const int64_t tmEnd = std::time(nullptr);
   for (const EventQuery& query : EventQueries()) {
-    const CompositeFilter filter = FilterOf(query, tmStart, tmEnd);
-    std::vector<EventRecord> records;
-    try {
-      records = isModern ? eventlog::EventLogSession({}, modern)
-                               .QueryEvents(query.channel, query.provider, filter)
-                         : ReadClassic(query, filter, classic);
-    } catch (const std::logic_error&) {  // a number of an event that does not convert
-      continue;
-    }
-    for (EventRecord& record : records) {
+    const size_t before = events.size();
+    const auto take = [&](EventRecord record) {
+      // The older interface gives those of every provider.
+      if (!isModern && _wcsicmp(record.provider.c_str(), query.provider) != 0) {
+        return true;
+      }
+      if (events.size() - before == kMostEventsOfQuery) {
+        return false;
+      }
       events.push_back(Collected(std::move(record), query));
+      return true;
+    };
+    const CompositeFilter filter = FilterOf(query, tmStart, tmEnd);
+    const eventlog::TimeBudget budget(clock);
+    try {
+      const ReadingEnd end =
+          isModern ? eventlog::EventLogSession({}, modern)
+                         .QueryEvents(query.channel, query.provider, filter, budget, take)
+                   : eventlog::LegacyEventLogReader({}, true, classic)
+                         .ReadEvents(query.channel, filter, budget, take);
+      LogEnd(end, query, events.size() - before);
+    } catch (const std::logic_error&) {  // a number of an event that does not convert
+      events.erase(events.begin() + static_cast<ptrdiff_t>(before), events.end());
     }
   }
   return events.size();

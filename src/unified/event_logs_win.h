@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -8,14 +9,17 @@
 #include "env/system_facts_win.h"
 #include "eventlog/classic_api.h"
 #include "eventlog/evt_api.h"
+#include "eventlog/reading.h"
 
 namespace ostrell {
 
+inline constexpr size_t kMostEventsOfQuery = 65536;
+
+// What an item is made of. The text of the event is not kept.
 struct CollectedEvent {
   int64_t time;  // seconds since 1970; 0 when the event's own time is no date
   uint32_t eventId;
   std::wstring provider;
-  std::wstring data;
   std::wstring channel;
   std::wstring applicationName;       // of event 1000 only
   std::wstring applicationTimestamp;  // hexadecimal, of event 1000 only
@@ -24,10 +28,12 @@ struct CollectedEvent {
 // True on Windows Vista and later; false when the version cannot be found.
 bool HasModernEventLog(const SystemApi& api);
 
-// Appends the product's events to `events` and returns how many there are in all.
+// Appends the product's events to `events` and returns how many there are in all. `clock` is the
+// one of each query's time.
 size_t QueryProductEvents(
     bool isModern, int64_t tmStart, std::vector<CollectedEvent>& events,
     const eventlog::EvtApi& modern = eventlog::LoadedEvtApi(),
-    const eventlog::ClassicEventLogApi& classic = eventlog::SystemClassicEventLog());
+    const eventlog::ClassicEventLogApi& classic = eventlog::SystemClassicEventLog(),
+    const eventlog::TimeBudget::Clock& clock = &std::chrono::steady_clock::now);
 
 }  // namespace ostrell

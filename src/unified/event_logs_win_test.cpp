@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <cwchar>
+
 #include "base/calendar.h"
 #include "unified/event_logs.h"
 #include "unified/program_files_win.h"
@@ -88,6 +93,90 @@ TEST_F(EventLogsTest, NothingKept) {
               ElementsAre("collect_event_logs Event log collection completed, found 0 matching "
                           "events within time range",
                           "collect_event_logs No events to collect, return NULL"));
+}
+
+// Logs that never end, of events that name the product.
+struct EndlessLog {
+  static constexpr const wchar_t* kEvent =
+      L"<Event><System><Provider Name='P'/><EventID>7000</EventID></System>protsvc</Event>";
+  static inline char handle = 0;
+  static inline const wchar_t* nextChannel = nullptr;
+
+  static bool Next(void*, uint32_t size, void** handles, uint32_t, uint32_t, uint32_t* returned) {
+    std::fill_n(handles, size, &handle);
+    *returned = size;
+    return true;
+  }
+  static bool Render(void*, void*, uint32_t, uint32_t, void* buffer, uint32_t* used, uint32_t*) {
+    *used = static_cast<uint32_t>(sizeof(wchar_t) * (std::wcslen(kEvent) + 1));
+    if (buffer != nullptr) {
+      std::wcscpy(static_cast<wchar_t*>(buffer), kEvent);
+    }
+    return buffer != nullptr;
+  }
+  static bool NextChannel(void*, uint32_t, wchar_t* buffer, uint32_t*) {
+    nextChannel = nextChannel == nullptr                             ? L"Application"
+                  : std::wstring_view(nextChannel) == L"Application" ? L"System"
+                                                                     : nullptr;
+    return nextChannel != nullptr && std::wcscpy(buffer, nextChannel) != nullptr;
+  }
+  static bool ReadClassic(void*, uint32_t, uint32_t, void* buffer, uint32_t, uint32_t* read,
+                          uint32_t*) {
+    // Event 1000, created 1000 seconds after 1970, of the provider, with one string.
+    static constexpr wchar_t kTexts[] = L"application ERROR\0PC\0velmora";
+    constexpr uint32_t kLastText = sizeof(L"velmora");
+    std::array<uint32_t, 14> fixed{};
+    const auto bytes = static_cast<uint32_t>(sizeof(fixed) + sizeof(kTexts));
+    fixed = {bytes, 0, 0, 1000, 0, 1000, 1 | 1 << 16, 0, 0, bytes - kLastText};
+    std::memcpy(buffer, fixed.data(), sizeof(fixed));
+    std::memcpy(static_cast<char*>(buffer) + sizeof(fixed), kTexts, sizeof(kTexts));
+    *read = bytes;
+    return true;
+  }
+  static void* Open() { return &handle; }
+};
+
+const eventlog::EvtApi kEndlessModern = {
+    .openSession = nullptr,
+    .query = [](void*, const wchar_t*, const wchar_t*, uint32_t) { return EndlessLog::Open(); },
+    .next = EndlessLog::Next,
+    .render = EndlessLog::Render,
+    .close = [](void*) { return true; },
+    .openChannelEnum = [](void*, uint32_t) { return EndlessLog::Open(); },
+    .nextChannelPath = EndlessLog::NextChannel,
+    .lastError = nullptr,
+    .errorText = nullptr};
+const eventlog::ClassicEventLogApi kEndlessClassic = {
+    .open = [](const wchar_t*, const wchar_t*) { return EndlessLog::Open(); },
+    .read = EndlessLog::ReadClassic,
+    .close = [](void*) { return true; },
+    .lastError = nullptr,
+    .errorText = nullptr};
+
+TEST_F(EventLogsTest, LogsWithoutEnd) {
+  const auto stillness = [] { return std::chrono::steady_clock::time_point(); };
+  std::vector<CollectedEvent> events;
+  EXPECT_EQ(QueryProductEvents(true, 0, events, kEndlessModern, kEndlessClassic, stillness),
+            2u * 65536);
+  EXPECT_THAT(ProgramFiles::Messages(),
+              ElementsAre("collect_event_logs Limit of channel Application: reading ended after "
+                          "65536 events",
+                          "collect_event_logs Limit of channel System: reading ended after 65536 "
+                          "events"));
+
+  // A second passes each time the time is looked at.
+  const ProgramFiles fresh;
+  const auto clock = [looks = 0]() mutable {
+    return std::chrono::steady_clock::time_point(std::chrono::seconds(looks++));
+  };
+  events.clear();
+  EXPECT_EQ(QueryProductEvents(false, 0, events, kEndlessModern, kEndlessClassic, clock), 299u);
+  EXPECT_EQ(events[0].applicationName, L"");
+  EXPECT_THAT(ProgramFiles::Messages(),
+              ElementsAre("collect_event_logs Limit of channel Application: reading ended after "
+                          "299 events and 300 seconds",
+                          "collect_event_logs Limit of channel System: reading ended after 0 "
+                          "events and 300 seconds"));
 }
 
 TEST(HasModernEventLog, FromVersionSix) {

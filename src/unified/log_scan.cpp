@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -41,10 +42,11 @@ bool EqualFolded(char fromText, char fromSignature) {
 
 class LogScan {
  public:
-  LogScan(const LogReader& reader, std::string_view wanted, size_t blockLength)
+  LogScan(const LogReader& reader, std::string_view wanted, const LogScanSizes& sizes)
       : read(reader),
         signature(wanted),
-        blockSize(blockLength),
+        blockSize(sizes.block),
+        mostOfLine(sizes.mostOfLine),
         first(wanted.front()),
         last(wanted.back()),
         endOfFile(kEndOfFile),
@@ -68,36 +70,24 @@ class LogScan {
     return false;
   }
 
-  // The line at hand, whose end the scan goes on behind.
-  std::string TakeLine() {
-    std::string line;
-    if (lineStart < offset) {
-      line.reserve(static_cast<size_t>(offset + size - lineStart));  // as much as was read of it
-      offset = lineStart;
-      size = 0;
+  // The line at hand, whose end the scan goes on behind; nothing when it has lost its match.
+  std::optional<LogLine> TakeLine() {
+    const uint64_t begin = lineStart;
+    const uint64_t match = offset + position;
+    const bool isReadAgain = begin < offset;
+    LogLine line;
+    if (isReadAgain) {  // as much as was read of it
+      line.text.reserve(static_cast<size_t>(std::min<uint64_t>(offset + size - begin, mostOfLine)));
     }
-    position = static_cast<size_t>(lineStart - offset);
-    while (!atEnd) {
-      const std::string_view rest = Text().substr(position);
-      const size_t lineEnd = rest.find('\n');
-      const size_t fileEnd = rest.substr(0, lineEnd).find(kEndOfFile);
-      line.append(rest.substr(0, std::min(lineEnd, fileEnd)));
-      if (fileEnd == std::string_view::npos && lineEnd != std::string_view::npos) {
-        position += lineEnd + 1;
-        lineStart = offset + position;
-        if (line.ends_with('\r')) {
-          line.pop_back();
-        }
-        return line;
-      }
-      atEnd = fileEnd != std::string_view::npos || !ReadOn(0);
+    GoTo(begin);
+    const uint64_t length = ReadLine(line.text, match) - begin;
+    line.text.resize(static_cast<size_t>(std::min<uint64_t>(line.text.size(), length)));
+    line.isCut = length > line.text.size();
+    const bool isMatchKept = match + signature.size() <= begin + line.text.size();
+    if (!isReadAgain || (line.isCut && !isMatchKept) || Contains(line.text)) {
+      return line;
     }
-    return line;
-  }
-
-  bool Contains(std::string_view line) const {
-    return std::search(line.begin(), line.end(), signature.begin(), signature.end(), EqualFolded) !=
-           line.end();
+    return std::nullopt;
   }
 
  private:
@@ -105,6 +95,46 @@ class LogScan {
 
   // How many places there are at which the whole signature can stand.
   size_t PlaceCount() const { return size < signature.size() ? 0 : size - signature.size() + 1; }
+
+  bool Contains(std::string_view line) const {
+    return std::search(line.begin(), line.end(), signature.begin(), signature.end(), EqualFolded) !=
+           line.end();
+  }
+
+  void GoTo(uint64_t place) {
+    if (place < offset || place > offset + size) {
+      offset = place;
+      size = 0;
+    }
+    position = static_cast<size_t>(place - offset);
+  }
+
+  // Reads from the position to the line's end and keeps what the limit allows. What stands between
+  // that and the match is passed over. Returns where the text of the line ends.
+  uint64_t ReadLine(std::string& text, uint64_t match) {
+    bool endsInReturn = false;
+    while (!atEnd) {
+      const std::string_view rest = Text().substr(position);
+      const size_t lineEnd = rest.find('\n');
+      const size_t fileEnd = rest.substr(0, lineEnd).find(kEndOfFile);
+      const std::string_view part = rest.substr(0, std::min(lineEnd, fileEnd));
+      text.append(part.substr(0, mostOfLine - text.size()));
+      position += part.size();
+      endsInReturn = part.empty() ? endsInReturn : part.back() == '\r';
+      atEnd = fileEnd != std::string_view::npos;
+      if (!atEnd && lineEnd != std::string_view::npos) {
+        const uint64_t end = offset + position;
+        lineStart = end + 1;
+        ++position;
+        return endsInReturn ? end - 1 : end;
+      }
+      if (!atEnd) {
+        GoTo(text.size() == mostOfLine ? std::max(match, offset + position) : offset + position);
+        atEnd = !ReadOn(0);
+      }
+    }
+    return offset + position;
+  }
 
   // Reads the next block behind the last `kept` bytes. False at the end of the file.
   bool ReadOn(size_t kept) {
@@ -157,6 +187,7 @@ class LogScan {
   const LogReader& read;
   const std::string_view signature;
   const size_t blockSize;
+  const size_t mostOfLine;
   const Probe first;
   const Probe last;
   const Probe endOfFile;
@@ -171,15 +202,14 @@ class LogScan {
 }  // namespace
 
 void ScanLog(const LogReader& read, std::string_view signature,
-             const std::function<void(std::string line)>& onLine, size_t blockSize) {
+             const std::function<void(LogLine line)>& onLine, const LogScanSizes& sizes) {
   if (signature.empty()) {
     return;
   }
-  LogScan scan(read, signature, blockSize);
+  LogScan scan(read, signature, sizes);
   while (scan.FindMatch()) {
-    std::string line = scan.TakeLine();
-    if (scan.Contains(line)) {
-      onLine(std::move(line));
+    if (auto line = scan.TakeLine()) {
+      onLine(std::move(*line));
     }
   }
 }

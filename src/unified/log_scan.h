@@ -17,19 +17,29 @@ namespace ostrell {
 //
 // The file is read once, in large blocks, and only a line that matches is put together; when it
 // began before the bytes at hand it is read again from its start. So memory is a block and the
-// longest matching line, whatever other lines there are.
+// longest matching line, of which no more is kept than its limit, whatever other lines there are.
 
 // Reads up to `to.size()` bytes at `offset` and returns how many; 0 at the end or on failure, which
 // ends the file there. It may give fewer than asked for.
 using LogReader = std::function<size_t(uint64_t offset, std::span<char> to)>;
 
-inline constexpr size_t kLogBlock = size_t{1} << 18;
+struct LogLine {
+  std::string text;    // without the line's end
+  bool isCut = false;  // more stands behind the text, perhaps the match as well
 
-// Calls `onLine` with each matching line in file order, without its line end. `signature` is in
-// lower case and holds neither CR, LF nor 0x1A; an empty one matches nothing. `blockSize` is at
-// least 1. The file may grow or shrink meanwhile: a line that no longer contains the signature when
-// it is read again is left out.
+  bool operator==(const LogLine&) const = default;
+};
+
+// In bytes, each at least 1.
+struct LogScanSizes {
+  size_t block = size_t{1} << 18;
+  size_t mostOfLine = size_t{16} << 20;  // what is kept of one
+};
+
+// Calls `onLine` with each matching line in file order. `signature` is in lower case and holds
+// neither CR, LF nor 0x1A; an empty one matches nothing. The file may grow or shrink meanwhile: a
+// line that no longer contains the signature when it is read again is left out.
 void ScanLog(const LogReader& read, std::string_view signature,
-             const std::function<void(std::string line)>& onLine, size_t blockSize = kLogBlock);
+             const std::function<void(LogLine line)>& onLine, const LogScanSizes& sizes = {});
 
 }  // namespace ostrell

@@ -14,7 +14,16 @@ namespace {
 using namespace std::string_literals;
 using Lines = std::vector<std::string>;
 
-constexpr size_t kBlockSizes[] = {1, 2, 3, 7, 16, 64, 65, kLogBlock};
+const size_t kBlockSizes[] = {1, 2, 3, 7, 16, 64, 65, LogScanSizes().block};
+
+Lines Texts(const std::vector<LogLine>& lines) {
+  Lines texts;
+  for (const LogLine& line : lines) {
+    EXPECT_FALSE(line.isCut);
+    texts.push_back(line.text);
+  }
+  return texts;
+}
 
 struct LogCase {
   std::string signature;
@@ -102,7 +111,7 @@ TEST(LogScanTest, FindsTheLinesThatATextStreamWouldGive) {
       return ReadFromText(row.file, offset, to);
     };
     for (const size_t blockSize : kBlockSizes) {
-      EXPECT_EQ(MatchingLines(read, row.signature, blockSize), row.lines)
+      EXPECT_EQ(Texts(MatchingLines(read, row.signature, {.block = blockSize})), row.lines)
           << row.file << " in blocks of " << blockSize;
     }
   }
@@ -111,9 +120,54 @@ TEST(LogScanTest, FindsTheLinesThatATextStreamWouldGive) {
 TEST(LogScanTest, PlainReadingAgrees) {
   for (const LogCase& row : kLogCases) {
     if (!row.signature.empty()) {
-      EXPECT_EQ(PlainLogReading(row.file, row.signature), row.lines) << row.file;
+      EXPECT_EQ(Texts(PlainLogReading(row.file, row.signature, row.file.size())), row.lines)
+          << row.file;
     }
   }
+}
+
+TEST(LogScanTest, OfALongLineTheBeginningIsKept) {
+  for (const LogCase& row : kLogCases) {
+    if (row.signature.empty()) {
+      continue;
+    }
+    const LogReader read = [&row](uint64_t offset, std::span<char> to) {
+      return ReadFromText(row.file, offset, to);
+    };
+    for (const size_t most : {1, 2, 3, 8, 65, 300, 301, 302}) {
+      const auto expected = PlainLogReading(row.file, row.signature, most);
+      for (const size_t blockSize : kBlockSizes) {
+        EXPECT_EQ(MatchingLines(read, row.signature, {blockSize, most}), expected)
+            << row.file << " in blocks of " << blockSize << ", " << most << " kept";
+      }
+    }
+  }
+}
+
+// Of a line of 100 MiB with the match at its end, the part in between is read once.
+TEST(LogScanTest, MatchMayStandFarBehindWhatIsKept) {
+  constexpr uint64_t kLine = uint64_t{100} << 20;
+  constexpr size_t kKept = size_t{16} << 20;
+  const std::string tail = "0 failed\n[0 failed";
+  uint64_t bytesRead = 0;
+  const LogReader read = [&](uint64_t offset, std::span<char> to) {
+    const uint64_t rest = kLine + tail.size() - offset;
+    to = to.first(static_cast<size_t>(std::min<uint64_t>(to.size(), rest)));
+    std::ranges::fill(to, '.');
+    for (size_t i = 0; i < tail.size(); ++i) {
+      if (kLine + i >= offset && kLine + i - offset < to.size()) {
+        to[static_cast<size_t>(kLine + i - offset)] = tail[i];
+      }
+    }
+    bytesRead += to.size();
+    return to.size();
+  };
+  const auto lines = MatchingLines(read, "0 failed", {});
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0].text.size(), kKept);
+  EXPECT_TRUE(lines[0].isCut);
+  EXPECT_EQ(lines[1], (LogLine{"[0 failed", false}));
+  EXPECT_LE(bytesRead, kLine + kKept + 4 * LogScanSizes().block);
 }
 
 // The end of a line and of the file in every place relative to vectors and blocks.
@@ -125,7 +179,7 @@ TEST(LogScanTest, SignatureIsFoundInEveryPlace) {
       return ReadFromText(file, offset, to);
     };
     for (const size_t blockSize : kBlockSizes) {
-      EXPECT_EQ(MatchingLines(read, "0 failed", blockSize), Lines{line})
+      EXPECT_EQ(Texts(MatchingLines(read, "0 failed", {.block = blockSize})), Lines{line})
           << before << " in blocks of " << blockSize;
     }
   }
@@ -136,7 +190,7 @@ TEST(LogScanTest, ReaderMayGiveLessThanAskedFor) {
   const LogReader read = [&file](uint64_t offset, std::span<char> to) {
     return ReadFromText(file, offset, to.first(std::min<size_t>(to.size(), 1 + offset % 3)));
   };
-  EXPECT_EQ(MatchingLines(read, "0 failed", kLogBlock), (Lines{"0 failed 0 failed", "y 0 failed"}));
+  EXPECT_EQ(Texts(MatchingLines(read, "0 failed", {})), (Lines{"0 failed 0 failed", "y 0 failed"}));
 }
 
 TEST(LogScanTest, EachByteOfALongFileIsReadOnce) {
@@ -150,7 +204,7 @@ TEST(LogScanTest, EachByteOfALongFileIsReadOnce) {
     bytesRead += count;
     return count;
   };
-  EXPECT_EQ(MatchingLines(read, "0 failed", kLogBlock).size(), 1000U);
+  EXPECT_EQ(MatchingLines(read, "0 failed", {}).size(), 1000U);
   EXPECT_EQ(bytesRead, file.size());
 }
 
@@ -164,7 +218,7 @@ Lines LinesOfAChangingLog(const std::string& first, const std::string& then) {
     reached = offset;
     return ReadFromText(changed ? then : first, offset, to);
   };
-  return MatchingLines(read, "ab", 4);
+  return Texts(MatchingLines(read, "ab", {.block = 4}));
 }
 
 TEST(LogScanTest, LineThatChangedBetweenTwoReadingsCountsAsItIsThen) {

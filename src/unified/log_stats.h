@@ -5,16 +5,12 @@
 #include <vector>
 
 #include "base/json.h"
+#include "unified/log_matches.h"
 
 namespace ostrell {
 
 // Known failure signatures in the text logs that the product's components write beside the program.
 // All times are seconds since 1970.
-
-struct LogMatch {
-  int64_t time;
-  std::string line;  // as read, without its end
-};
 
 // The matching lines dated at or after `tmStart` as an array of items; nothing when there are none
 // or the program's folder is unknown. A file that is missing, unreadable or unchanged since

@@ -10,7 +10,6 @@
 #include "platform/tracelog.h"
 #include "unified/local_time_win.h"
 #include "unified/log_line.h"
-#include "unified/log_scan.h"
 #include "unified/log_stats.h"
 #include "unified/program_folder_win.h"
 #include "unified/report_item.h"
@@ -88,8 +87,9 @@ void AppendItems(const WatchedLog& watched, const std::wstring& path, int64_t tm
   std::vector<LogMatch> matches;
   const int32_t count = collect_matching_entries(path, watched.signature, tmStart, matches);
   TraceLogger(kOperation, __LINE__, 1)(L"File %s: %d matches found", path, count);
-  for (const LogMatch& match : matches) {
-    json_array_append_new(items, ItemOf(match, watched).Release());
+  for (LogMatch& match : matches) {
+    const LogMatch taken = std::move(match);  // its line goes when the item is made
+    json_array_append_new(items, ItemOf(taken, watched).Release());
   }
 }
 
@@ -124,19 +124,17 @@ int32_t collect_matching_entries(const std::wstring& path, const char* signature
     TraceLogger("collect_matching_entries", __LINE__, 1)(L"Failed to open file: %s", path);
     return 0;
   }
-  int32_t count = 0;
-  ScanLog([&](uint64_t offset, std::span<char> to) { return ReadAt(file.Get(), offset, to); },
-          LowerCaseSignature(signature),
-          [&](std::string line) {
-            const auto time = LogLineTime(line);
-            if (time && *time >= tmStart) {
-              matches.push_back({*time, std::move(line)});
-              ++count;
-            }
-          });
+  const LogMatchCount count = CollectLogMatches(
+      [&](uint64_t offset, std::span<char> to) { return ReadAt(file.Get(), offset, to); },
+      LowerCaseSignature(signature), tmStart, matches);
+  if (count.leftOut > 0 || count.cut > 0) {
+    TraceLogger("collect_matching_entries", __LINE__, 1)(
+        L"Limits of file %s: left out %llu matches, the rest of %llu lines", path, count.leftOut,
+        count.cut);
+  }
   TraceLogger("collect_matching_entries", __LINE__, 1)(L"File %s processed, found %d matches", path,
-                                                       count);
-  return count;
+                                                       count.kept);
+  return count.kept;
 }
 
 }  // namespace ostrell

@@ -92,6 +92,22 @@ TEST_F(LogStatsTest, FilesThatAreSkipped) {
                                                       " doesn't exist or inaccessible, skip"}));
 }
 
+TEST_F(LogStatsTest, WhatLimitsLeaveOutIsLogged) {
+  std::string log;
+  for (int i = 0; i < 65539; ++i) {
+    log += "[2025-03-01 12:00:00] 0 failed\n";
+  }
+  files.Write(L"protsvc.log", log);
+  EXPECT_EQ(json_array_size(collect_log_stats(0).Get()), 65536u);
+  const std::string path = folder + "\\protsvc.log";
+  EXPECT_THAT(
+      ProgramFiles::Messages(),
+      IsSupersetOf({"collect_matching_entries Limits of file " + path +
+                        ": left out 3 matches, the rest of 0 lines",
+                    "collect_matching_entries File " + path + " processed, found 65536 matches",
+                    "collect_log_stats File " + path + ": 65536 matches found"}));
+}
+
 // Another process may have it open in any way, and rotate it away.
 TEST_F(LogStatsTest, SharesTheLogWithItsWriter) {
   const auto log = files.Write(L"busy.log", "[2025-03-01 12:00:00] 0 failed\n");

@@ -1,95 +1,203 @@
 #include "unified/minidump.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <string_view>
 
 #include "base/bytes.h"
 
 namespace ostrell {
 namespace {
 
-using Bytes = std::span<const std::byte>;
-
 constexpr uint32_t kSignature = 0x504D444D;  // "MDMP"
 constexpr uint32_t kModuleListStream = 4;
 constexpr uint64_t kDirectoryEntrySize = 12;
 constexpr uint64_t kModuleSize = 108;
 
+constexpr size_t kPageSize = 4096;
+constexpr size_t kNamePart = 256;
+
+// The dump read page by page. The pages used last are kept, enough for a name and a module of the
+// list, both across a border.
+// What lies outside gives nothing, and so does everything once a page could not be read.
+class PagedDump {
+ public:
+  explicit PagedDump(const DumpSource& from) : source(from) {}
+
+  uint64_t Size() const { return source.size; }
+  bool HasFailed() const { return hasFailed; }
+  uint64_t PagesCopied() const { return pagesCopied; }
+
+  bool Copy(uint64_t offset, std::span<std::byte> to) {
+    if (offset > Size() || to.size() > Size() - offset) {
+      return false;
+    }
+    while (!to.empty()) {
+      const Page* const page = Load(offset / kPageSize);
+      if (page == nullptr) {
+        return false;
+      }
+      const auto within = static_cast<size_t>(offset % kPageSize);
+      const size_t length = std::min(to.size(), kPageSize - within);
+      std::memcpy(to.data(), page->bytes.data() + within, length);
+      to = to.subspan(length);
+      offset += length;
+    }
+    return true;
+  }
+
+  std::optional<uint32_t> Read32(uint64_t offset) {
+    std::array<std::byte, sizeof(uint32_t)> field;
+    return Copy(offset, field) ? ReadLittleEndian<uint32_t>(field, 0) : std::nullopt;
+  }
+
+ private:
+  struct Page {
+    uint64_t number = std::numeric_limits<uint64_t>::max();
+    uint64_t lastUse = 0;
+    std::array<std::byte, kPageSize> bytes;  // of the last page only what the dump has
+  };
+
+  const Page* Load(uint64_t number) {
+    auto page = std::ranges::find(pages, number, &Page::number);
+    if (page == pages.end() && !hasFailed) {
+      page = std::ranges::min_element(pages, {}, &Page::lastUse);
+      const uint64_t begin = number * kPageSize;
+      const auto length = static_cast<size_t>(std::min<uint64_t>(kPageSize, Size() - begin));
+      hasFailed = !source.copy(begin, std::span(page->bytes).first(length));
+      page->number = number;
+      ++pagesCopied;
+    }
+    if (hasFailed) {
+      return nullptr;
+    }
+    page->lastUse = ++uses;
+    return &*page;
+  }
+
+  const DumpSource& source;
+  std::array<Page, 4> pages;
+  uint64_t uses = 0;
+  uint64_t pagesCopied = 0;
+  bool hasFailed = false;
+};
+
 // Where the first module list begins.
-std::optional<uint32_t> FindModuleList(Bytes dump) {
-  const auto streamCount = ReadLittleEndian<uint32_t>(dump, 8);
-  const auto directoryRva = ReadLittleEndian<uint32_t>(dump, 12);
-  if (!streamCount || !directoryRva) {
+std::optional<uint32_t> FindModuleList(PagedDump& dump, DumpLeftOut& leftOut) {
+  const auto streamCount = dump.Read32(8);
+  const auto directory = dump.Read32(12);
+  if (!streamCount || !directory || *directory > dump.Size() ||
+      *streamCount > (dump.Size() - *directory) / kDirectoryEntrySize) {
     return std::nullopt;
   }
-  const auto directory = Slice(dump, *directoryRva, *streamCount * kDirectoryEntrySize);
-  if (!directory) {
-    return std::nullopt;
-  }
-  for (uint64_t entry = 0; entry < directory->size(); entry += kDirectoryEntrySize) {
-    if (ReadLittleEndian<uint32_t>(*directory, entry) == kModuleListStream) {
-      return ReadLittleEndian<uint32_t>(*directory, entry + 8);
+  const uint64_t count = std::min<uint64_t>(*streamCount, kMostDumpStreams);
+  for (uint64_t i = 0; i < count; ++i) {
+    const uint64_t entry = *directory + i * kDirectoryEntrySize;
+    if (dump.Read32(entry) == kModuleListStream) {
+      return dump.Read32(entry + 8);
     }
   }
+  leftOut.streams = *streamCount - count;
   return std::nullopt;
 }
 
-// The bytes of a module's name: a length and UTF-16 text behind it. Empty outside the dump.
-Bytes ModuleName(Bytes dump, uint32_t rva) {
-  const auto length = rva == 0 ? std::nullopt : ReadLittleEndian<uint32_t>(dump, rva);
-  if (!length) {
-    return {};
-  }
-  const Bytes text = dump.subspan(rva + sizeof(uint32_t));
-  return text.first(std::min<size_t>(*length, text.size()));
-}
+// The search of one name for ".exe", piece by piece.
+struct NameSearch {
+  static constexpr std::string_view kSuffix = ".exe";
 
-// True when ".exe" stands before the name's first zero. `examined` grows by the bytes looked at.
-bool NamesExecutable(Bytes name, uint64_t& examined) {
-  constexpr std::string_view kSuffix = ".exe";
+  // False once the suffix has been found or the name has ended. An odd byte at the end of the name
+  // is no character.
+  bool GoOn(std::span<const std::byte> part) {
+    size_t at = 0;
+    size_t now = matched;
+    for (; at + 1 < part.size() && now < kSuffix.size(); at += 2) {
+      const auto unit = *ReadLittleEndian<uint16_t>(part, at);
+      if (unit == 0) {
+        hasEnded = true;
+        break;
+      }
+      // No part of the suffix begins anew within it: a mismatch starts over, at most with the dot.
+      now = unit == kSuffix[now] ? now + 1 : unit == kSuffix[0] ? 1 : 0;
+    }
+    matched = now;
+    examined += at;
+    return !IsFound() && !hasEnded;
+  }
+  bool IsFound() const { return matched == kSuffix.size(); }
+
+  uint64_t examined = 0;  // bytes
   size_t matched = 0;
-  for (size_t at = 0; at + 1 < name.size(); at += 2) {
-    examined += 2;
-    const auto unit = *ReadLittleEndian<uint16_t>(name, at);
-    if (unit == 0) {
-      return false;
-    }
-    // No part of the suffix begins anew within it: a mismatch starts over, at most with the dot.
-    matched = unit == kSuffix[matched] ? matched + 1 : unit == kSuffix[0] ? 1 : 0;
-    if (matched == kSuffix.size()) {
-      return true;
+  bool hasEnded = false;
+};
+
+// Searches the name at `rva`: a length and UTF-16 text behind it. One outside the dump is empty.
+NameSearch SearchName(PagedDump& dump, uint32_t rva, DumpLeftOut& leftOut) {
+  NameSearch search;
+  const auto announced = rva == 0 ? std::nullopt : dump.Read32(rva);
+  if (!announced) {
+    return search;
+  }
+  const uint64_t begin = uint64_t{rva} + sizeof(uint32_t);
+  const uint64_t length = std::min<uint64_t>(*announced, dump.Size() - begin);
+  const uint64_t end = begin + std::min(length, kMostDumpNameBytes);
+  std::array<std::byte, kNamePart> buffer;
+  for (uint64_t at = begin; at < end; at += kNamePart) {
+    const auto part = std::span(buffer).first(std::min<size_t>(kNamePart, end - at));
+    if (!dump.Copy(at, part) || !search.GoOn(part)) {
+      return search;
     }
   }
-  return false;
+  leftOut.names += length > kMostDumpNameBytes ? 1 : 0;
+  return search;
 }
 
-std::optional<uint32_t> FindCrashModuleTime(Bytes dump, uint64_t list, uint32_t count) {
+std::optional<uint32_t> FindCrashModuleTime(PagedDump& dump, uint64_t list, uint32_t announced,
+                                            DumpLeftOut& leftOut) {
+  const uint64_t count = std::min<uint64_t>(announced, (dump.Size() - list) / kModuleSize);
   uint64_t examined = 0;
-  for (uint32_t i = 0; i < count && examined <= dump.size(); ++i) {
-    const auto module = Slice(dump, list + i * kModuleSize, kModuleSize);
-    if (!module) {
-      break;
+  uint64_t i = 0;
+  const uint64_t mostPages = dump.PagesCopied() + kMostDumpPages;
+  for (; i < count && i < kMostDumpModules && examined < kMostDumpNamesBytes &&
+         dump.PagesCopied() < mostPages;
+       ++i) {
+    const uint64_t module = list + i * kModuleSize;
+    const auto nameRva = dump.Read32(module + 20);
+    if (!nameRva) {
+      return std::nullopt;
     }
-    const auto nameRva = *ReadLittleEndian<uint32_t>(*module, 20);
-    if (NamesExecutable(ModuleName(dump, nameRva), examined)) {
-      return ReadLittleEndian<uint32_t>(*module, 16);
+    const NameSearch search = SearchName(dump, *nameRva, leftOut);
+    if (search.IsFound()) {
+      return dump.Read32(module + 16);
     }
+    examined += search.examined;
   }
+  leftOut.modules = count - i;
   return std::nullopt;
 }
 
 }  // namespace
 
-DumpReading ReadMinidump(Bytes dump) {
-  if (ReadLittleEndian<uint32_t>(dump, 0) != kSignature) {
-    return {DumpKind::kForeign, std::nullopt};
+DumpReading ReadMinidump(const DumpSource& source) {
+  PagedDump dump(source);
+  DumpReading reading = {DumpKind::kNoModuleList};
+  const auto signature = dump.Read32(0);
+  if (!dump.HasFailed() && signature != kSignature) {
+    return {DumpKind::kForeign};
   }
-  const auto list = FindModuleList(dump);
-  const auto count = list ? ReadLittleEndian<uint32_t>(dump, *list) : std::nullopt;
+  const auto list = FindModuleList(dump, reading.leftOut);
+  const auto count = list ? dump.Read32(*list) : std::nullopt;
   if (!count) {
-    return {DumpKind::kNoModuleList, std::nullopt};
+    return reading;
   }
-  return {DumpKind::kModules,
-          FindCrashModuleTime(dump, uint64_t{*list} + sizeof(uint32_t), *count)};
+  reading.crashModuleTime =
+      FindCrashModuleTime(dump, uint64_t{*list} + sizeof(uint32_t), *count, reading.leftOut);
+  if (dump.HasFailed()) {
+    return {DumpKind::kNoModuleList};
+  }
+  reading.kind = DumpKind::kModules;
+  return reading;
 }
 
 }  // namespace ostrell

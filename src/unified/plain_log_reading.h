@@ -15,18 +15,19 @@ namespace ostrell {
 
 // For tests: the scan as one would write it without regard to speed and memory, line by line.
 
-inline std::vector<std::string> PlainLogReading(std::string file, std::string_view signature) {
+inline std::vector<LogLine> PlainLogReading(std::string file, std::string_view signature,
+                                            size_t mostOfLine) {
   file.resize(std::min(file.find('\x1A'), file.size()));
   for (size_t end = file.find("\r\n"); end != std::string::npos; end = file.find("\r\n", end)) {
     file.erase(end, 1);
   }
-  std::vector<std::string> lines;
+  std::vector<LogLine> lines;
   std::istringstream stream(file);
   for (std::string line; std::getline(stream, line);) {
     std::string lower = line;
     std::transform(lower.begin(), lower.end(), lower.begin(), &LowerAscii<char>);
     if (lower.find(signature) != std::string::npos) {
-      lines.push_back(line);
+      lines.push_back({line.substr(0, mostOfLine), line.size() > mostOfLine});
     }
   }
   return lines;
@@ -42,11 +43,11 @@ inline size_t ReadFromText(std::string_view file, uint64_t offset, std::span<cha
   return part.size();
 }
 
-inline std::vector<std::string> MatchingLines(const LogReader& read, std::string_view signature,
-                                              size_t blockSize) {
-  std::vector<std::string> lines;
+inline std::vector<LogLine> MatchingLines(const LogReader& read, std::string_view signature,
+                                          const LogScanSizes& sizes) {
+  std::vector<LogLine> lines;
   ScanLog(
-      read, signature, [&lines](std::string line) { lines.push_back(std::move(line)); }, blockSize);
+      read, signature, [&lines](LogLine line) { lines.push_back(std::move(line)); }, sizes);
   return lines;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace ostrell {
 
@@ -15,8 +18,13 @@ inline constexpr FolderMessages kCollectorFolderMessages = {
     L"GetModuleFileNameW failed, return NULL",
     L"Failed to extract directory from module path, return NULL"};
 
-// The folder of the running program without a backslash at its end; its path is cut at 260
-// characters. On failure logs one of the messages under `operation`.
+// What a system call filled in of the `buffer`, whose `length` it returned: nothing when it failed
+// (0) or had to cut the path to fit, and then returned the size of the buffer. A cut path leads to
+// a folder above the right one.
+std::optional<std::wstring_view> WholePath(std::span<const wchar_t> buffer, size_t length);
+
+// The folder of the running program without a backslash at its end. On failure, which a program's
+// path of 260 characters or more is, too, logs one of the messages under `operation`.
 std::optional<std::wstring> FindProgramFolder(const char* operation,
                                               const FolderMessages& messages);
 

@@ -1,0 +1,62 @@
+#include "unified/log_matches.h"
+
+#include <gtest/gtest.h>
+
+#include "unified/log_line.h"
+#include "unified/plain_log_reading.h"
+
+namespace ostrell {
+namespace {
+
+const std::string kStamp = "[2025-03-01 10:00:00] ";
+
+struct Collected {
+  LogMatchCount count;
+  std::vector<LogMatch> matches;
+};
+Collected Collect(const std::string& log) {
+  Collected result;
+  const LogReader read = [&log](uint64_t offset, std::span<char> to) {
+    return ReadFromText(log, offset, to);
+  };
+  const int64_t start = LogLineTime(kStamp).value_or(0);
+  result.count = CollectLogMatches(read, "0 failed", start, result.matches);
+  return result;
+}
+
+TEST(LogMatches, OnlyThoseOfThePeriod) {
+  const auto [count, matches] = Collect("[2025-03-01 09:59:59] 0 failed\n" + kStamp +
+                                        "0 FAILED x\r\n0 failed\n" + kStamp + "1 failed\n");
+  EXPECT_EQ(count, LogMatchCount{.kept = 1});
+  ASSERT_EQ(matches.size(), 1U);
+  EXPECT_EQ(matches[0].line, kStamp + "0 FAILED x");
+  EXPECT_EQ(matches[0].time, LogLineTime(kStamp));
+}
+
+TEST(LogMatches, TheFirstOnesAreKept) {
+  std::string log;
+  for (int i = 0; i < 65536; ++i) {
+    log += kStamp + "0 failed\n";
+  }
+  EXPECT_EQ(Collect(log).count, LogMatchCount{.kept = 65536});
+  const auto [count, matches] = Collect("0 failed\n" + kStamp + "0 failed, first\n" + log + kStamp +
+                                        "1 failed\n" + kStamp + "0 failed\n");
+  EXPECT_EQ(count, (LogMatchCount{.kept = 65536, .leftOut = 2}));
+  EXPECT_EQ(matches.size(), 65536U);
+  EXPECT_EQ(matches[0].line, kStamp + "0 failed, first");
+}
+
+TEST(LogMatches, TextTogetherIsBounded) {
+  constexpr size_t kMostOfLine = size_t{16} << 20;
+  const std::string start = kStamp + "0 failed";
+  const std::string longest = start + std::string(kMostOfLine - start.size(), '.');
+  const std::string three = longest + "\n" + longest + ".\n" + longest + "\n";
+  EXPECT_EQ(Collect(three + longest).count, (LogMatchCount{.kept = 4, .cut = 1}));
+  // What does not fit leaves out what would.
+  const auto [count, matches] = Collect(three + start + "\n" + longest + "\n" + start + "\n");
+  EXPECT_EQ(count, (LogMatchCount{.kept = 4, .leftOut = 2, .cut = 1}));
+  EXPECT_EQ(matches[1].line, longest);
+}
+
+}  // namespace
+}  // namespace ostrell
