@@ -1,9 +1,8 @@
 #include <winsock2.h>
 
-#include <exception>
-
 #include "app/report_driver.h"
 #include "app/report_gate.h"
+#include "base/run_job.h"
 #include "env/client_id_provider.h"
 #include "env/report_clock.h"
 #include "platform/policydb.h"
@@ -15,19 +14,6 @@
 #include "unified/unified_report.h"
 
 namespace ostrell {
-namespace {
-
-// A job that runs out of memory has failed like any other: the next ones run.
-template <class Job, class... Args>
-void RunJob(Job job, Args&&... args) {
-  try {
-    job(args...);
-  } catch (const std::exception&) {
-    return;
-  }
-}
-
-}  // namespace
 
 void RunReportDriver() {
   const Settings settings(OpenSettingsStore(FeatureName(kAppIdTable, kOwnAppId)));

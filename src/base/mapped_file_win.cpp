@@ -1,7 +1,5 @@
 #include "base/mapped_file_win.h"
 
-#include <utility>
-
 namespace ostrell {
 
 MappedFile::MappedFile(const wchar_t* path)
@@ -12,27 +10,17 @@ MappedFile::MappedFile(const wchar_t* path)
     error = GetLastError();
     return;
   }
-  Map(static_cast<uint64_t>(length.QuadPart));
-}
-
-MappedFile::MappedFile(FileHandle opened, uint64_t length) : file(std::move(opened)) {
-  Map(length);
-}
-
-// With its length given the mapping is refused where the file is shorter by now.
-void MappedFile::Map(uint64_t length) {
   mapping.Reset(CreateFileMappingW(file.Get(), nullptr, PAGE_READONLY,
-                                   static_cast<DWORD>(length >> 32), static_cast<DWORD>(length),
-                                   nullptr));
+                                   static_cast<DWORD>(length.HighPart), length.LowPart, nullptr));
   if (mapping) {
     view.Reset(static_cast<const std::byte*>(
-        MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, static_cast<size_t>(length))));
+        MapViewOfFile(mapping.Get(), FILE_MAP_READ, 0, 0, static_cast<size_t>(length.QuadPart))));
   }
   if (!view) {
     error = GetLastError();
     return;
   }
-  size = static_cast<size_t>(length);
+  size = static_cast<size_t>(length.QuadPart);
 }
 
 }  // namespace ostrell

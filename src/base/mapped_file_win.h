@@ -8,12 +8,6 @@
 
 namespace ostrell {
 
-struct MappingTraits {
-  using Handle = HANDLE;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle handle) noexcept { CloseHandle(handle); }
-};
-
 struct MappedViewTraits {
   using Handle = const std::byte*;
   static Handle Empty() { return nullptr; }
@@ -27,19 +21,14 @@ class MappedFile {
   // The whole file; nobody else can write to it, and one that someone has open for writing cannot
   // be mapped. `path` may be relative to the current directory.
   explicit MappedFile(const wchar_t* path);
-  // The first `length` bytes of a file opened for reading, which may grow or be written to
-  // meanwhile. One that has become shorter cannot be mapped.
-  MappedFile(FileHandle opened, uint64_t length);
 
   // 0, or the Windows error code of the step that failed: then there are no bytes.
   DWORD Error() const { return error; }
   std::span<const std::byte> Bytes() const { return {view.Get(), size}; }
 
  private:
-  void Map(uint64_t length);
-
   FileHandle file;
-  Owner<MappingTraits> mapping;
+  KernelHandle mapping;
   Owner<MappedViewTraits> view;
   size_t size = 0;
   DWORD error = ERROR_SUCCESS;

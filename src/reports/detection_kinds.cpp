@@ -26,7 +26,7 @@ constexpr FingerprintRule kFingerprintRules[] = {
     {{1, 46},
      {Text("rid"), Text("pathname"), Text("procname"), Integer("scan_mask"), Integer("treatment"),
       Integer("result")}},
-    {{2, 28}, {Text("recname"), Text("processes.master.pathname"), Integer("treatment")}},
+    {{2, 28}, {Text("recname"), {"pathname", Type::kTextOfMaster}, Integer("treatment")}},
     {{3},
      {Text("rid"), Text("pathname"), Text("procname"), Integer("treatment"), Integer("result")}},
     {{4, 41}, {Text("rid"), Text("pathname"), Integer("treatment"), Integer("result")}},

@@ -24,11 +24,12 @@ struct FingerprintField {
   enum class Type {
     kText,          // its bytes; nothing when it is missing or no text
     kInteger,       // the low 32 bits, little-endian; 0 when it is missing or no integer
+    kTextOfMaster,  // text of "processes"."master"
     kTextOfRogue,   // text that counts only where "clsname" is "rogue"
     kTextOfOthers,  // text that counts only elsewhere
   };
 
-  const char* name;  // members of members are divided by "."
+  const char* name;
   Type type;
 };
 

@@ -58,20 +58,6 @@ bool HasMember(const json_t* object, const char* name) {
   return json_object_get(object, name) != nullptr;
 }
 
-// A member of a member of ... of `object`, by names divided by ".".
-const json_t* MemberByPath(const json_t* object, std::string_view path) {
-  while (object != nullptr) {
-    const size_t end = path.find('.');
-    const std::string_view name = path.substr(0, end);
-    object = json_object_getn(object, name.data(), name.size());
-    if (end == std::string_view::npos) {
-      break;
-    }
-    path.remove_prefix(end + 1);
-  }
-  return object;
-}
-
 uint32_t ChainInteger(uint32_t fingerprint, int32_t value) {
   char bytes[sizeof value];
   for (size_t i = 0; i < sizeof value; ++i) {
@@ -88,11 +74,12 @@ uint32_t ChainText(uint32_t fingerprint, const json_t* value) {
 
 uint32_t ChainField(uint32_t fingerprint, const json_t* detail, const FingerprintField& field) {
   using Type = FingerprintField::Type;
-  const json_t* const value = MemberByPath(detail, field.name);
+  const json_t* const owner = field.type == Type::kTextOfMaster ? MasterProcess(detail) : detail;
+  const json_t* const value = json_object_get(owner, field.name);
   if (field.type == Type::kInteger) {
     return ChainInteger(fingerprint, static_cast<int32_t>(json_integer_value(value)));
   }
-  if (field.type != Type::kText) {
+  if (field.type == Type::kTextOfRogue || field.type == Type::kTextOfOthers) {
     const bool isRogue = TextMember(detail, "clsname") == "rogue";
     if (isRogue != (field.type == Type::kTextOfRogue)) {
       return fingerprint;

@@ -46,4 +46,29 @@ bool MatchesAnyPattern(std::string_view text, const json_t* patterns) {
   return false;
 }
 
+int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
+                          const QuarantineInstructions& instructions, const SendHeldFile& send,
+                          const SampleClock& clock) {
+  const SampleTimeBudget budget(clock);
+  int32_t sent = 0;
+  size_t index = 0;
+  json_t* element = nullptr;
+  json_array_foreach(entries.Get(), index, element) {
+    const auto entry = ReadQuarantineEntry(element);
+    if (!entry || entry->time < from) {
+      continue;
+    }
+    if (sent >= instructions.mostFiles) {
+      return 1;
+    }
+    if (budget.IsSpent()) {
+      return 0;
+    }
+    if (IsWanted(*entry, instructions) && send(*entry)) {
+      ++sent;
+    }
+  }
+  return 1;
+}
+
 }  // namespace ostrell

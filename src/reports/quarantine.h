@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "base/json.h"
+#include "reports/sample_pass.h"
 
 namespace ostrell {
 
@@ -35,10 +37,20 @@ bool IsWanted(const QuarantineEntry& entry, const QuarantineInstructions& instru
 // What is no array holds no pattern.
 bool MatchesAnyPattern(std::string_view text, const json_t* patterns);
 
-// Sends the held files of the entries since `from` (seconds since 1970) that are wanted and that
-// the server does not know, at most as many as it asked for. Returns 1 to have the time recorded,
-// also when no file was sent; 0 when the quarantine does not open or gives no list, or the server
-// has given no instructions. Windows only.
+// Sends the file that an entry names; false when it was not sent, whatever the reason.
+using SendHeldFile = std::function<bool(const QuarantineEntry& entry)>;
+
+// Calls `send` for the entries since `from` (seconds since 1970) that are wanted, until as many
+// were sent as the server asked for. Returns 1 to have the time recorded, also when no file was
+// sent; 0 when the time of a pass was spent before (SampleTimeBudget): the next run goes over the
+// same entries, and what was sent the server knows by then.
+int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
+                          const QuarantineInstructions& instructions, const SendHeldFile& send,
+                          const SampleClock& clock);
+
+// Runs the pass over the product's quarantine, sending the held files that the server does not
+// know. 0 also when the quarantine does not open or gives no list, or the server has given no
+// instructions. Windows only.
 int32_t QuarantineJob(int64_t from, const json_t* instructions);
 
 }  // namespace ostrell

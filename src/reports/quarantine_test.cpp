@@ -1,8 +1,10 @@
 #include "reports/quarantine.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace ostrell {
 namespace {
@@ -76,6 +78,64 @@ TEST(QuarantineEntry, IsWantedByKindAndName) {
   EXPECT_TRUE(isWanted(1, ""));
   EXPECT_FALSE(MatchesAnyPattern("a", Load(R"({"a": "*"})").Get()));
   EXPECT_FALSE(MatchesAnyPattern("a", nullptr));
+}
+
+// Entries of the kind 3 with these numbers, each reported at the second of its number.
+JsonOwner Entries(const std::vector<int>& ids) {
+  JsonOwner entries(json_array());
+  for (const int id : ids) {
+    json_array_append_new(
+        entries.Get(), json_pack("{s:i, s:i, s:s, s:s, s:s, s:i}", "id", id, "fid", 3, "sha1", "",
+                                 "fn", "", "vn", "", "ts", id));
+  }
+  return entries;
+}
+
+TEST(QuarantinePass, TakesWhatIsWantedUpToTheCount) {
+  const JsonOwner barred = Load(R"(["barred"])");
+  const struct {
+    int32_t mostFiles;
+    std::vector<int64_t> asked;
+  } cases[] = {{-1, {}}, {0, {}}, {1, {10, 12}}, {2, {10, 12, 13}}, {9, {10, 12, 13, 14}}};
+  for (const auto& [mostFiles, expected] : cases) {
+    const JsonOwner entries = Entries({9, 10, 11, 12, 13, 14});
+    json_array_insert_new(entries.Get(), 0, json_integer(1));
+    json_object_set_new(json_array_get(entries.Get(), 3), "vn", json_string("Barred"));
+    std::vector<int64_t> asked;
+    const auto send = [&](const QuarantineEntry& entry) {
+      asked.push_back(entry.id);
+      return entry.id != 10;  // known to the server, or not to be had
+    };
+    EXPECT_EQ(RunQuarantinePass(entries, 10, {mostFiles, barred.Get()}, send, [] { return 0; }), 1);
+    EXPECT_EQ(asked, expected) << mostFiles;
+  }
+  const auto never = [](const QuarantineEntry&) { return ADD_FAILURE(), false; };
+  EXPECT_EQ(RunQuarantinePass(Entries({}), 0, {1, nullptr}, never, [] { return 0; }), 1);
+}
+
+TEST(QuarantinePass, IsTriedAgainWhenTheTimeIsSpent) {
+  const struct {
+    std::vector<int> ids;
+    int32_t mostFiles;
+    size_t sent;
+    int32_t result;
+  } cases[] = {
+      {{1, 2, 3, 4, 5}, 9, 3, 0},  // the third begins at 900 seconds sharp
+      {{1, 2, 3}, 9, 3, 1},        // it was the last one
+      {{1, 2, 3, 4, 5}, 3, 3, 1},  // the server wants no more
+  };
+  for (const auto& [ids, mostFiles, expected, result] : cases) {
+    int64_t now = 5000;
+    size_t sent = 0;
+    const auto send = [&](const QuarantineEntry&) {
+      ++sent;
+      now += 450;
+      return true;
+    };
+    EXPECT_EQ(RunQuarantinePass(Entries(ids), 0, {mostFiles, nullptr}, send, [&] { return now; }),
+              result);
+    EXPECT_EQ(sent, expected);
+  }
 }
 
 }  // namespace

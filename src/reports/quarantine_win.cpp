@@ -1,6 +1,8 @@
 #include <optional>
-#include <vector>
+#include <utility>
 
+#include "base/byte_buffer.h"
+#include "env/report_clock.h"
 #include "platform/policydb.h"
 #include "platform/svclink.h"
 #include "reports/quarantine.h"
@@ -10,17 +12,18 @@ namespace ostrell {
 namespace {
 
 // What a stream holds, from its beginning; nothing when it is no sample's size or is cut.
-std::optional<std::vector<std::byte>> ReadSample(SvclinkObject& stream) {
+std::optional<ByteBuffer> ReadSample(SvclinkObject& stream) {
   const int64_t size = stream.size != nullptr ? stream.size(&stream) : -1;
   if (size < 0 || !IsSampleSize(static_cast<uint64_t>(size)) || stream.read == nullptr) {
     return std::nullopt;
   }
-  std::vector<std::byte> bytes(static_cast<size_t>(size));
-  const int32_t taken = stream.read(&stream, 0, bytes.data(), static_cast<uint32_t>(bytes.size()));
-  return taken == size ? std::optional(std::move(bytes)) : std::nullopt;
+  auto sample = AllocateBytes(static_cast<size_t>(size));
+  const bool isRead =
+      sample && stream.read(&stream, 0, sample->data(), static_cast<uint32_t>(size)) == size;
+  return isRead ? std::move(sample) : std::nullopt;
 }
 
-std::optional<std::vector<std::byte>> Restore(Quarantine& quarantine, int64_t id) {
+std::optional<ByteBuffer> Restore(Quarantine& quarantine, int64_t id) {
   const SvclinkObjectOwner stream = Svclink::Loaded().OpenStream();
   if (!stream || !assumed::IsRestored(quarantine.Restore(id, stream.Get()))) {
     return std::nullopt;
@@ -48,22 +51,10 @@ int32_t QuarantineJob(int64_t from, const json_t* instructions) {
   if (!list || !wishes) {
     return 0;
   }
-  int32_t sent = 0;
-  size_t index = 0;
-  json_t* element = nullptr;
-  json_array_foreach(list.Get(), index, element) {
-    const auto entry = ReadQuarantineEntry(element);
-    if (!entry || entry->time < from) {
-      continue;
-    }
-    if (sent >= wishes->mostFiles) {
-      break;
-    }
-    if (IsWanted(*entry, *wishes) && SendEntry(*quarantine.Get(), *entry)) {
-      ++sent;
-    }
-  }
-  return 1;
+  const auto send = [&](const QuarantineEntry& entry) {
+    return SendEntry(*quarantine.Get(), entry);
+  };
+  return RunQuarantinePass(list, from, *wishes, send, ReportClock);
 }
 
 }  // namespace ostrell

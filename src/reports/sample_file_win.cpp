@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "base/handle_win.h"
+#include "base/read_file_win.h"
 #include "base/text_win.h"
 #include "env/product_paths.h"
 #include "reports/sample_upload.h"
@@ -48,13 +50,26 @@ const RealFileSystem::Api& RealFileSystem::KernelApi() {
   return found;
 }
 
-FileHandle OpenShared(const wchar_t* path) {
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+FileHandle OpenByName(const wchar_t* path) {
   // A path may lead to a pipe: whoever serves it learns who asks, and may not act in our name.
   constexpr DWORD kIdentificationOnly = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
   const RealFileSystem real;
-  return FileHandle(
-      CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | kIdentificationOnly, nullptr));
+  return FileHandle(CreateFileW(path, GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL | kIdentificationOnly, nullptr));
+}
+
+// A file on a disk, or nothing. SECURITY_SQOS_PRESENT is also the bit FILE_FLAG_OPEN_NO_RECALL,
+// which asks to leave the data of a cloud drive where it is: what turned out to be no pipe is
+// opened again as any other program opens it.
+FileHandle OpenShared(const wchar_t* path) {
+  FileHandle named = OpenByName(path);
+  if (!named || GetFileType(named.Get()) != FILE_TYPE_DISK) {
+    return {};
+  }
+  FileHandle file(ReOpenFile(named.Get(), GENERIC_READ, kShareAll, 0));
+  return file ? std::move(file) : std::move(named);  // not every file system opens twice
 }
 
 }  // namespace
@@ -64,7 +79,7 @@ SampleFile::SampleFile(const char* path) {
   if (!widePath || widePath->size() >= kPathSize) {
     return;
   }
-  FileHandle file = OpenShared(widePath->c_str());
+  const FileHandle file = OpenShared(widePath->c_str());
   LARGE_INTEGER size{};
   if (!file || !GetFileSizeEx(file.Get(), &size)) {
     return;
@@ -74,8 +89,8 @@ SampleFile::SampleFile(const char* path) {
     state = State::kWrongSize;
     return;
   }
-  mapped.emplace(std::move(file), length);
-  if (mapped->Error() == ERROR_SUCCESS) {
+  content = AllocateBytes(static_cast<size_t>(length));
+  if (content && ReadExactly(file.Get(), *content)) {
     state = State::kReadable;
   }
 }

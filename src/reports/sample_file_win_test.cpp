@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/bytes.h"
+#include "base/handle_win.h"
 #include "base/text.h"
 #include "devkit/product/test_folder_win.h"
 
@@ -42,6 +43,20 @@ TEST(SampleFile, SizesAndNames) {
   EXPECT_EQ(StateOf(""), State::kUnreadable);
 }
 
+TEST(SampleFile, IsAFileOnADisk) {
+  EXPECT_EQ(StateOf("NUL"), State::kUnreadable);
+  constexpr char kPipe[] = "\\\\.\\pipe\\ostrell-sample-test";
+  const FileHandle pipe(
+      CreateNamedPipeA(kPipe, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr));
+  ASSERT_TRUE(pipe);
+  EXPECT_EQ(StateOf(kPipe), State::kUnreadable);
+}
+
+// Under Wine a file of the build machine that says it has 4096 bytes, and ends before that.
+TEST(SampleFile, IsReadAsAWhole) {
+  EXPECT_EQ(StateOf("\\\\?\\unix\\sys\\kernel\\uevent_seqnum"), State::kUnreadable);
+}
+
 FileHandle Open(const std::filesystem::path& path, DWORD access, DWORD sharing) {
   return FileHandle(CreateFileW(path.c_str(), access, sharing, nullptr, OPEN_EXISTING,
                                 FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -58,15 +73,17 @@ TEST(SampleFile, BesideOtherUsers) {
     ASSERT_TRUE(locked);
     EXPECT_EQ(StateOf(name), State::kUnreadable);
   }
-  const FileHandle writer = Open(path, FILE_APPEND_DATA | DELETE, kAll);
+  const FileHandle writer = Open(path, GENERIC_WRITE | DELETE, kAll);
   ASSERT_TRUE(writer);
   const SampleFile file(name.c_str());
   ASSERT_EQ(file.GetState(), State::kReadable);
-  // It grows, and then it goes: what was opened stays what it was.
-  const std::string more(100000, 'b');
+  // It is written over and grows, is cut, and goes: what was opened stays what it was.
+  const std::string other(100000, 'b');
   DWORD written = 0;
-  EXPECT_TRUE(WriteFile(writer.Get(), more.data(), DWORD(more.size()), &written, nullptr));
+  EXPECT_TRUE(WriteFile(writer.Get(), other.data(), DWORD(other.size()), &written, nullptr));
   EXPECT_EQ(TextOf(file.Bytes()), std::string(2000, 'a'));
+  SetFilePointer(writer.Get(), 0, nullptr, FILE_BEGIN);
+  EXPECT_TRUE(SetEndOfFile(writer.Get()));
   DeleteFileW(path.c_str());
   EXPECT_EQ(TextOf(file.Bytes()), std::string(2000, 'a'));
 }

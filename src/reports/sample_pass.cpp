@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "base/arithmetic.h"
 #include "base/bytes.h"
@@ -9,11 +10,6 @@
 #include "base/text.h"
 
 namespace ostrell {
-namespace {
-
-constexpr int64_t kTimeBudget = 900;  // seconds
-
-}  // namespace
 
 uint64_t PathKey(std::string_view path) {
   constexpr uint64_t kSeed = 0x19870714;
@@ -45,13 +41,19 @@ std::optional<std::string_view> FalsePositivePath(const json_t* record) {
   return isWanted ? TextMember(detail, "pathname") : std::nullopt;
 }
 
+SampleTimeBudget::SampleTimeBudget(SampleClock source) : clock(std::move(source)), began(clock()) {}
+
+bool SampleTimeBudget::IsSpent() const {
+  return WrappingDifference(clock(), began) > kSampleTimeBudget;
+}
+
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
                    const std::function<void(const char* path)>& submit, const SampleClock& clock) {
-  const int64_t began = clock();
+  const SampleTimeBudget budget(clock);
   size_t index = 0;
   json_t* record = nullptr;
   json_array_foreach(records.Get(), index, record) {
-    if (WrappingDifference(clock(), began) > kTimeBudget) {
+    if (budget.IsSpent()) {
       return;
     }
     const auto path = pathOf(record);

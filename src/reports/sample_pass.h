@@ -36,8 +36,24 @@ PathOfRecord FalsePositivePath;
 // Seconds since 1970, as ReportClock gives them.
 using SampleClock = std::function<int64_t()>;
 
+// Seconds that a pass over samples may take; the last one is begun in time and not cut short.
+inline constexpr int64_t kSampleTimeBudget = 900;
+
+// The time of one pass, from the construction of this object on.
+class SampleTimeBudget {
+ public:
+  explicit SampleTimeBudget(SampleClock source);
+
+  // True once more than kSampleTimeBudget has passed: then the pass begins with no further sample.
+  bool IsSpent() const;
+
+ private:
+  SampleClock clock;
+  int64_t began;
+};
+
 // Calls `submit` for the file of each record whose key is new to `handled`. Ends before the next
-// record once more than 900 seconds have passed.
+// record once the time is spent.
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
                    const std::function<void(const char* path)>& submit, const SampleClock& clock);
 

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 
+#include "base/byte_buffer.h"
 #include "env/settings.h"
 
 namespace ostrell {
@@ -15,14 +17,23 @@ namespace ostrell {
 // the work is recorded; while there is no such file every run is due.
 void ScanStatsJob(const Settings& settings, int64_t now);
 
-// The payload of a statistics file, little-endian:
+// The longest payload in bytes that is read into memory. A longer one is not sent, as one for which
+// there is no memory.
+inline constexpr uint64_t kMostStatisticsBytes = 256 << 20;
+
+// Fills `to` with what follows the last bytes it gave; false when the file cannot be read so far.
+using ReadNext = std::function<bool(std::span<std::byte> to)>;
+
+// Reads the payload of a statistics file, little-endian:
 //
 //   0   4 bytes  CRC-32 (ISO-HDLC) of the payload
 //   4   4 bytes  not read
 //   8   8 bytes  length of the payload in bytes
 //   16  payload; what follows it is ignored
 //
-// Nothing when the file is short or the CRC another one. The bytes lie in `file`.
-std::optional<std::span<const std::byte>> ScanStatisticsPayload(std::span<const std::byte> file);
+// Nothing when the file is shorter than that, the payload too long or the CRC another one, when a
+// part cannot be read, and when there is too little memory. No more memory is asked for than
+// `fileSize`, the file's own length, has room for.
+std::optional<ByteBuffer> ReadScanStatistics(uint64_t fileSize, const ReadNext& read);
 
 }  // namespace ostrell

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "base/bytes.h"
 
@@ -22,32 +23,70 @@ std::string Length(uint64_t length) {
   return bytes;
 }
 
-TEST(ScanStatisticsPayload, ReadsSoundFilesOnly) {
+// A file that may say another length than it has, and whose reading may fail although it fills.
+struct File {
+  std::string bytes;
+  uint64_t size = bytes.size();
+  size_t failing = 0;           // the number of a reading, from 1
+  std::vector<size_t> asked{};  // bytes, of each reading
+
+  std::optional<std::string> Payload() {
+    size_t position = 0;
+    const auto payload = ReadScanStatistics(size, [&](std::span<std::byte> to) {
+      asked.push_back(to.size());
+      const size_t taken = bytes.copy(reinterpret_cast<char*>(to.data()), to.size(), position);
+      position += taken;
+      return taken == to.size() && asked.size() != failing;
+    });
+    return payload ? std::optional(std::string(TextOf(*payload))) : std::nullopt;
+  }
+};
+
+TEST(ScanStatistics, ReadsSoundFilesOnly) {
   const std::string payload(kPayload);
+  const std::string sound = kCrc + kUnread + Length(22) + payload;
   const struct {
     const char* what;
-    std::string file;
+    File file;
     std::optional<std::string> payload;
   } cases[] = {
-      {"sound", kCrc + kUnread + Length(22) + payload, payload},
-      {"more behind it", kCrc + kUnread + Length(22) + payload + "more", payload},
-      {"empty payload", std::string(4, '\0') + kUnread + Length(0), ""},
-      {"other CRC", kUnread + kUnread + Length(22) + payload, std::nullopt},
-      {"one byte changed", kCrc + kUnread + Length(22) + "Payload of the scanner", std::nullopt},
-      {"one byte short", kCrc + kUnread + Length(22) + payload.substr(1), std::nullopt},
-      {"length past the end", kCrc + kUnread + Length(23) + payload, std::nullopt},
-      {"length of 2^63", kCrc + kUnread + Length(uint64_t{1} << 63) + payload, std::nullopt},
-      {"largest length", kCrc + kUnread + Length(~uint64_t{0}) + payload, std::nullopt},
-      {"header alone", kCrc + kUnread + Length(22), std::nullopt},
-      {"half a header", kCrc + kUnread + "\x16", std::nullopt},
-      {"nothing", "", std::nullopt},
+      {"sound", {sound}, payload},
+      {"more behind it", {sound + "more"}, payload},
+      {"empty payload", {std::string(4, '\0') + kUnread + Length(0)}, ""},
+      {"other CRC", {kUnread + kUnread + Length(22) + payload}, std::nullopt},
+      {"one byte changed", {kCrc + kUnread + Length(22) + "Payload of the scanner"}, std::nullopt},
+      {"header alone", {kCrc + kUnread + Length(22)}, std::nullopt},
+      {"half a header", {kCrc + kUnread + "\x16"}, std::nullopt},
+      {"nothing", {""}, std::nullopt},
+      {"cut since its length was told", {sound.substr(0, 37), 38}, std::nullopt},
+      {"header not to be read", {sound, 38, 1}, std::nullopt},
+      {"payload not to be read", {sound, 38, 2}, std::nullopt},
   };
-  for (const auto& [what, file, expected] : cases) {
-    const auto found = ScanStatisticsPayload(BytesOf(file));
-    ASSERT_EQ(found.has_value(), expected.has_value()) << what;
-    if (found) {
-      EXPECT_EQ(TextOf(*found), *expected) << what;
-    }
+  for (auto [what, file, expected] : cases) {
+    EXPECT_EQ(file.Payload(), expected) << what;
+  }
+}
+
+TEST(ScanStatistics, AsksForNoMoreThanThereIs) {
+  constexpr uint64_t kFile = uint64_t{1} << 40;
+  const struct {
+    uint64_t length;
+    uint64_t fileSize;
+    std::vector<size_t> asked;
+  } cases[] = {
+      {22, 15, {}},
+      {22, 37, {16}},
+      {22, 38, {16, 22}},
+      {uint64_t{1} << 63, 38, {16}},
+      {~uint64_t{0}, 38, {16}},
+      {~uint64_t{0} - 15, kFile, {16}},
+      {268435456, kFile, {16, 268435456}},
+      {268435457, kFile, {16}},
+  };
+  for (const auto& [length, fileSize, asked] : cases) {
+    File file{kCrc + kUnread + Length(length), fileSize};
+    EXPECT_EQ(file.Payload(), std::nullopt);
+    EXPECT_EQ(file.asked, asked) << length << " of " << fileSize;
   }
 }
 

@@ -1,10 +1,7 @@
 #include <windows.h>
 
-#include <limits>
-#include <utility>
-
-#include "base/arithmetic.h"
-#include "base/mapped_file_win.h"
+#include "base/handle_win.h"
+#include "base/read_file_win.h"
 #include "env/client_identity.h"
 #include "env/product_paths.h"
 #include "env/report_clock.h"
@@ -26,9 +23,6 @@ void DeleteOlderFiles() {
 }
 
 void SendPayload(std::span<const std::byte> payload) {
-  if (payload.size() > std::numeric_limits<uint32_t>::max()) {
-    return;
-  }
   const auto url = ReportUrl<>::Print(kScanStatisticsUrl, ReportServerBaseUrl(),
                                       MachineIdentity().CStr(), ClientId().CStr());
   UploadReport(url.CStr(), payload.data(), static_cast<uint32_t>(payload.size()));
@@ -36,15 +30,15 @@ void SendPayload(std::span<const std::byte> payload) {
 
 // False when the file cannot be opened.
 bool SendFile(const wchar_t* path) {
-  FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const FileHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file) {
     return false;
   }
-  LARGE_INTEGER size{};
+  LARGE_INTEGER size{};  // stays 0 where it cannot be told
   GetFileSizeEx(file.Get(), &size);
-  const MappedFile mapped(std::move(file), static_cast<uint64_t>(size.QuadPart));
-  if (const auto payload = ScanStatisticsPayload(mapped.Bytes())) {
+  const auto read = [&](std::span<std::byte> to) { return ReadExactly(file.Get(), to); };
+  if (const auto payload = ReadScanStatistics(static_cast<uint64_t>(size.QuadPart), read)) {
     SendPayload(*payload);
   }
   return true;

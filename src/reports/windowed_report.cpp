@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/run_job.h"
 #include "env/client_identity.h"
 #include "transport/report_url.h"
 #include "transport/upload_json.h"
@@ -10,10 +11,12 @@ namespace ostrell {
 
 void RunWindowedReport(const Settings& settings, int64_t now, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send) {
-  const ReportWindow window = ReadReportWindow(settings, report.key, now);
-  if (IsDue(report, window, now) && send(window.start) == 1) {
-    WriteLastReportTime(settings, report.key, now);
-  }
+  RunJob([&] {
+    const ReportWindow window = ReadReportWindow(settings, report.key, now);
+    if (IsDue(report, window, now) && send(window.start) == 1) {
+      WriteLastReportTime(settings, report.key, now);
+    }
+  });
 }
 
 int32_t SendRecords(std::string_view urlTemplate, JsonOwner records) {

@@ -13,8 +13,8 @@ namespace ostrell {
 // The shape of the reports that cover a window of time: rc2, rc5 and the three of rc3.
 
 // Runs `send` with the start of the window where the report is due, and records `now` when it
-// returns 1 and there is a store. Times are those of report_schedule.h. Without a store a window of
-// seven days is sent on every run.
+// returns 1 and there is a store. What `send` throws is a failure like any other. Times are those
+// of report_schedule.h. Without a store a window of seven days is sent on every run.
 void RunWindowedReport(const Settings& settings, int64_t now, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send);
 

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "env/fake_settings_store.h"
 
 namespace ostrell {
@@ -79,6 +81,15 @@ TEST(RunWindowedReport, WithoutStoreEveryRunSendsAndWithoutClockNone) {
     EXPECT_EQ(start, 0);
     EXPECT_THAT(store.written, testing::IsEmpty());
   }
+}
+
+TEST(RunWindowedReport, WhatThrowsHasFailedAndStopsNoOther) {
+  FakeSettingsStore store;
+  for (const ReportTime& report : kReports) {
+    RunWindowedReport(store.Hold(), kNow, report,
+                      [](int64_t) -> int32_t { throw std::bad_alloc(); });
+  }
+  EXPECT_THAT(store.written, testing::IsEmpty());
 }
 
 TEST(SendRecords, NothingToSendIsNoSuccess) {
