@@ -5,7 +5,8 @@ set(product_folder ${CMAKE_BINARY_DIR}/product)
 configure_file(ostrell.rc.in ostrell.rc @ONLY)
 configure_file(ostrell.manifest.in ostrell.manifest @ONLY)
 
-add_executable(ostrell WIN32 main_win.cpp ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc)
+add_executable(ostrell WIN32 main_win.cpp load_configuration_win.cpp
+  ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc)
 target_link_libraries(ostrell PRIVATE app)
 target_include_directories(ostrell PRIVATE ${CMAKE_CURRENT_BINARY_DIR})  # ostrell.manifest
 set_target_properties(ostrell PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${product_folder})
@@ -13,11 +14,16 @@ set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc APPEND PROPERTY
   OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ostrell.manifest)
 ostrell_copy_jansson(ostrell)
 
+target_link_options(ostrell PRIVATE -Wl,-u,ostrellLoadConfiguration)  # nothing refers to it
+set_property(TARGET ostrell APPEND PROPERTY
+  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration)
+
 # -p keeps the time stamp of the link, which is none.
 add_custom_command(TARGET ostrell POST_BUILD
   WORKING_DIRECTORY ${product_folder}
   COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug ostrell.exe ostrell.exe.debug
   COMMAND ${CMAKE_OBJCOPY} -p --strip-all ostrell.exe
   COMMAND ${CMAKE_OBJCOPY} -p --add-gnu-debuglink=ostrell.exe.debug ostrell.exe
+  COMMAND ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration ${CMAKE_NM} ostrell.exe ostrell.exe.debug
   COMMAND ${CMAKE_COMMAND} -DFILE=${product_folder}/ostrell.exe -P ${CMAKE_SOURCE_DIR}/cmake/print_size.cmake
   VERBATIM)

@@ -3,7 +3,9 @@
 #include <objbase.h>
 
 #include "app/app_module_win.h"
+#include "app/process_hardening_win.h"
 #include "app/report_driver.h"
+#include "app/run_limit.h"
 #include "app/start_up_win.h"
 #include "env/client_identity.h"
 #include "platform/crashsentry.h"
@@ -14,6 +16,8 @@ namespace {
 COstrellAppModule appModule;
 
 void Run() {
+  HardenProcess();
+  LimitRun(kRunLimit);
   InstallCrashHandler();
   EnterProgramFolder();
   if (!BecomeOnlyInstance() || FAILED(CoInitialize(nullptr))) {

@@ -19,6 +19,21 @@ TEST(StartUp, ReportingSwitchedOffSendsNothing) {
   EXPECT_TRUE(server.Requests().empty());
 }
 
+// Wine says of each call that it does nothing.
+TEST(StartUp, ProtectsTheProcessBeforeAnythingIsLoaded) {
+  const SampleProduct product;
+  const RunResult run = RunAgent("fixme+heap,fixme+process,+loaddll");
+  EXPECT_EQ(run.exitCode, 0);
+  const size_t firstLibrary = run.trace.find("crashsentry.dll");
+  ASSERT_NE(firstLibrary, std::string::npos);
+  for (const char* call : {"RtlSetHeapInformation", "SetProcessMitigationPolicy (10,",
+                           "SetProcessMitigationPolicy (6,", "SetProcessMitigationPolicy (16,"}) {
+    EXPECT_LT(run.trace.find(call), firstLibrary) << call;
+  }
+  EXPECT_NE(run.trace.find("wevtapi.dll"), std::string::npos);
+  EXPECT_GT(run.trace.find("wevtapi.dll"), firstLibrary);
+}
+
 // The first copy waits for a server that does not answer while the second one starts.
 TEST(StartUp, SecondCopyEndsAtOnce) {
   const SampleProduct product;

@@ -1,0 +1,49 @@
+#include "app/process_hardening_win.h"
+
+namespace ostrell {
+namespace {
+
+struct MitigationPolicy {
+  int number;   // of PROCESS_MITIGATION_POLICY
+  DWORD flags;  // of its structure
+};
+
+// The build's headers do not name all of them (winnt.h of the vendor's documentation does).
+constexpr MitigationPolicy kPolicies[] = {
+    {10, 4},  // ProcessImageLoadPolicy: PreferSystem32Images
+    {6, 1},   // ProcessExtensionPointDisablePolicy: DisableExtensionPoints
+    {16, 1},  // ProcessRedirectionTrustPolicy: EnforceRedirectionTrust
+};
+
+template <class Function>
+Function KernelFunction(const char* name) {
+  const FARPROC found = GetProcAddress(GetModuleHandleW(L"kernel32"), name);
+  return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(found));
+}
+
+}  // namespace
+
+void HardenProcess() {
+  HardenProcess(
+      {.setMitigationPolicy = KernelFunction<decltype(ProcessProtectionApi::setMitigationPolicy)>(
+           "SetProcessMitigationPolicy"),
+       .setHeapInformation = KernelFunction<decltype(ProcessProtectionApi::setHeapInformation)>(
+           "HeapSetInformation")});
+}
+
+void HardenProcess(const ProcessProtectionApi& api) {
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  if (api.setHeapInformation != nullptr) {
+    api.setHeapInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
+  }
+  if (api.setMitigationPolicy == nullptr) {
+    return;
+  }
+  for (const MitigationPolicy& policy : kPolicies) {
+    DWORD flags = policy.flags;
+    api.setMitigationPolicy(static_cast<PROCESS_MITIGATION_POLICY>(policy.number), &flags,
+                            sizeof(flags));
+  }
+}
+
+}  // namespace ostrell
