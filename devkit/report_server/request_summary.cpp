@@ -2,9 +2,12 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <map>
+
+#include "devkit/report_server/identity_check.h"
 
 namespace ostrell {
 namespace {
@@ -45,6 +48,15 @@ void PrintQuery(const json_t* line, const json_t* machineInformation) {
   if (!repeated.empty()) {
     fmt::print("           as rc1{}\n", repeated);
   }
+}
+
+// Prints only what is wrong; true when nothing is.
+bool PrintIdentity(const json_t* line, const json_t* machineInformation) {
+  const std::string wrong = WrongIdentity(line, machineInformation);
+  if (!wrong.empty()) {
+    fmt::print("           WRONG: {}\n", wrong);
+  }
+  return wrong.empty();
 }
 
 std::filesystem::path BodyFile(const json_t* line, const std::filesystem::path& store) {
@@ -171,29 +183,37 @@ bool HasArrived(const json_t* line) {
          TextOf(line, "zlib") == "ok" && TextOf(line, "json") != "damaged";
 }
 
-std::vector<std::string> PrintRequests(const std::vector<JsonOwner>& requests,
-                                       const std::filesystem::path& store) {
+ReportVerdict PrintRequests(const std::vector<JsonOwner>& requests,
+                            const std::filesystem::path& store) {
   fmt::print("{:<10} {:<23} {:>6} {:>8} {:>9} {:>6}\n", "report", "request", "status", "packed",
              "unpacked", "items");
-  const json_t* machineInformation = nullptr;
-  std::vector<std::string> arrived;
+  const auto first = std::find_if(requests.begin(), requests.end(), [](const JsonOwner& line) {
+    return TextOf(line.Get(), "report") == "rc1";
+  });
+  // That of the same run; what comes before the first one is held against it, too.
+  const json_t* machineInformation =
+      first != requests.end() ? json_object_get(first->Get(), "query") : nullptr;
+  ReportVerdict verdict;
   for (const JsonOwner& line : requests) {
+    const std::string report = TextOf(line.Get(), "report");
+    if (report == "rc1") {
+      machineInformation = json_object_get(line.Get(), "query");
+    }
     PrintLine(line.Get());
     bool isSound = HasArrived(line.Get());
     if (TextOf(line.Get(), "method") == "PUT") {
       isSound = PrintBody(line.Get(), store, machineInformation) && isSound;
     } else {
-      PrintQuery(line.Get(), machineInformation);
-    }
-    const std::string report = TextOf(line.Get(), "report");
-    if (report == "rc1") {
-      machineInformation = json_object_get(line.Get(), "query");
+      PrintQuery(line.Get(), report == "rc1" ? nullptr : machineInformation);
+      if (!report.empty() && !PrintIdentity(line.Get(), machineInformation)) {
+        verdict.misnaming.insert(report);
+      }
     }
     if (isSound) {
-      arrived.push_back(report);
+      verdict.arrived.insert(report);
     }
   }
-  return arrived;
+  return verdict;
 }
 
 }  // namespace ostrell

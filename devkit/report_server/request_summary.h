@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,9 +25,14 @@ std::string QueryValueOf(const json_t* line, const char* name);
 // True for an answer to rc1 with 200, and for a PUT whose digest, stream and JSON are sound.
 bool HasArrived(const json_t* line);
 
-// The requests as they came in, and behind each upload what it holds. Returns the reports that
-// arrived; an rc7 whose client fields are not those of rc1 did not.
-std::vector<std::string> PrintRequests(const std::vector<JsonOwner>& requests,
-                                       const std::filesystem::path& store);
+// What became of the reports of a run, by their names.
+struct ReportVerdict {
+  std::set<std::string> arrived;    // not an rc7 whose client fields are not those of rc1
+  std::set<std::string> misnaming;  // one of their requests has a WrongIdentity
+};
+
+// Prints the requests as they came in, and behind each upload what it holds, and judges them.
+ReportVerdict PrintRequests(const std::vector<JsonOwner>& requests,
+                            const std::filesystem::path& store);
 
 }  // namespace ostrell

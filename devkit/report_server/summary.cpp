@@ -28,7 +28,8 @@ before the run, --instructions what the server answers rc1 with, --now when the 
 Exit codes: 0 every REPORT arrived, 1 one did not, 2 wrong arguments. rc1 arrived by a request that
 was answered with 200, any other by a PUT with sound digest, stream and JSON; rc7 with its client
 fields in every item, equal to those of rc1; rc3, with --drive, when every sample was asked about
-and sent that should be.
+and sent that should be. 1 also when a request has a wrong identity: "u" and "regid" have a form of
+their own and are those of rc1, "v" of rc4 is 5.
 )";
 
 struct Arguments {
@@ -90,22 +91,25 @@ void PrintOrder(const std::vector<JsonOwner>& requests) {
 
 int Summarise(Arguments& arguments) {
   const std::vector<JsonOwner> requests = LoadRequests(arguments.store, arguments.after);
-  std::vector<std::string> arrived = PrintRequests(requests, arguments.store);
+  ReportVerdict verdict = PrintRequests(requests, arguments.store);
   if (!arguments.machine.drive.empty()) {
-    std::erase(arrived, "rc3");
+    verdict.arrived.erase("rc3");
     if (PrintSamples(ReportedMachine(arguments.machine), requests)) {
-      arrived.emplace_back("rc3");
+      verdict.arrived.insert("rc3");
     }
   }
   PrintOrder(requests);
   fmt::print("requests   {} in {}\n", requests.size(), arguments.store.string());
-  for (const std::string& report : arrived) {
+  for (const std::string& report : verdict.arrived) {
     arguments.due.erase(report);
   }
   for (const std::string& report : arguments.due) {
     fmt::print("missing    {} was due and did not arrive\n", report);
   }
-  return arguments.due.empty() ? 0 : 1;
+  for (const std::string& report : verdict.misnaming) {
+    fmt::print("wrong      {} has requests with a wrong identity\n", report);
+  }
+  return arguments.due.empty() && verdict.misnaming.empty() ? 0 : 1;
 }
 
 }  // namespace

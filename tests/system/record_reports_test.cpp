@@ -11,8 +11,8 @@ namespace {
 
 using testing::Each;
 using testing::ElementsAre;
-using testing::Eq;
 using testing::IsEmpty;
+using testing::Lt;
 
 constexpr const char* kKeys[] = {"rpttm_ui", "rpttm_li", "rpttm_li_tools", "rpttm_sf",
                                  "rpttm_fp", "rpttm_qf", "rpttm_localinfo"};
@@ -52,7 +52,7 @@ std::vector<int64_t> Integers(const JsonOwner& items, const char* member) {
 void ExpectDetectionLog(const JsonOwner& log) {
   const auto kinds = Integers(log, "fid");
   const auto marks = Integers(log, "submit_record");
-  EXPECT_EQ(kinds.size(), 37u);
+  EXPECT_EQ(kinds.size(), 38u);
   EXPECT_THAT(std::set<int64_t>(kinds.begin(), kinds.end()),
               ElementsAre(1, 2, 3, 4, 5, 6, 15, 17, 28, 30, 31, 41, 46, 47, 48, 49, 50, 53, 56, 59,
                           60, 64, 66, 69));
@@ -60,6 +60,23 @@ void ExpectDetectionLog(const JsonOwner& log) {
   EXPECT_EQ(marks.back(), 1);
   for (const char* member : {"id", "ts", "detail"}) {
     EXPECT_THAT(Integers(log, member), Each(-1)) << member;
+  }
+}
+
+// Every request says that it is of the machine that the first one, rc1, is of, and of that client.
+void ExpectIdentity(const AgentServer& server, const std::string& clientId) {
+  auto requests = server.Requests();
+  ASSERT_FALSE(requests.empty());
+  const std::string machine = requests[0].query["u"];
+  EXPECT_EQ(requests[0].report, "rc1");
+  EXPECT_EQ(machine.size(), 40u);
+  for (auto& request : requests) {
+    SCOPED_TRACE(request.report + " " + std::to_string(request.number));
+    EXPECT_EQ(request.query["u"], machine);
+    EXPECT_EQ(request.query["regid"], clientId);
+    if (request.report == "rc4") {
+      EXPECT_EQ(request.query["v"], "5");
+    }
   }
 }
 
@@ -75,10 +92,11 @@ constexpr auto kPopupBlocks =
 TEST(WholeSequence, FirstRunSendsAllAndSecondOnlyTheMachineInformation) {
   const SampleProduct product(SampleProduct::Due::kAll);
   const AgentServer server;
-  EXPECT_THAT(Times(product), Each(Eq(std::nullopt)));
+  const auto before = Times(product);
   const std::string statistics = ReadText(product.DataFolder() / "tallyx5.dat");
   EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7");
+  ExpectIdentity(server, server.Requests("rc1").at(0).query["regid"]);
 
   ExpectDetectionLog(server.Body("rc2"));
   EXPECT_EQ(CompactText(server.Body("rc5")), kPopupBlocks);
@@ -86,6 +104,7 @@ TEST(WholeSequence, FirstRunSendsAllAndSecondOnlyTheMachineInformation) {
 
   // One instant for all of them; that of the statistics is taken after the work.
   const auto now = product.Time("rpttm_ui");
+  EXPECT_THAT(before, Each(Lt(now)));
   EXPECT_THAT(Times(product), Each(now));
   EXPECT_GE(product.Time("rpttm_cc"), now);
   const std::string settings = product.SettingsText();
@@ -97,6 +116,9 @@ TEST(WholeSequence, FirstRunSendsAllAndSecondOnlyTheMachineInformation) {
 // A cut answer to the PUT is no success: the same window is sent again. The statistics are gone.
 TEST(WholeSequence, WhatFailedIsSentAgainAndStatisticsAreNot) {
   const SampleProduct product(SampleProduct::Due::kAll);
+  const std::string clientId = "0A1B2C3D-4E5F-6789-ABCD-EF0123456789";
+  product.Registry("add HKLM\\\\SOFTWARE\\\\Velmora\\\\Corvane\\\\app /v ClientID /d " + clientId +
+                   " /f");
   AgentServer server;
   server.server.SetFaults({Fault::kPutCut});
   EXPECT_EQ(RunAgent().exitCode, 0);
@@ -104,12 +126,14 @@ TEST(WholeSequence, WhatFailedIsSentAgainAndStatisticsAreNot) {
   for (const char* key : {"rpttm_li", "rpttm_li_tools", "rpttm_localinfo"}) {
     EXPECT_EQ(product.Time(key), std::nullopt) << key;
   }
-  for (const char* key : {"rpttm_sf", "rpttm_fp", "rpttm_qf", "rpttm_cc"}) {
-    EXPECT_TRUE(product.Time(key).has_value()) << key;
+  for (const char* key : {"rpttm_sf", "rpttm_fp", "rpttm_qf"}) {
+    EXPECT_EQ(product.Time(key), product.Time("rpttm_ui")) << key;
   }
+  EXPECT_TRUE(product.Time("rpttm_cc").has_value());
   server.server.SetFaults({});
   EXPECT_EQ(RunAgent().exitCode, 0);
   EXPECT_EQ(Sequence(server), "rc1 rc2 rc5 rc3 rc4 rc7 rc1 rc2 rc5 rc7");
+  ExpectIdentity(server, clientId);
   const auto logs = server.Bodies("rc2");
   ASSERT_EQ(logs.size(), 2u);
   EXPECT_EQ(logs[0], logs[1]);

@@ -112,25 +112,26 @@ TEST(SampleReports, AsksFirstAndSendsWhatIsUnknown) {
 }
 
 // Without a record of its first pass a job sends nothing and keeps its time. A question that the
-// server does not answer counts as handled, and the time moves on.
+// server does not answer counts as handled, and the time moves on. False positives are of three
+// kinds.
 TEST(SampleReports, NoRecordAndNoAnswer) {
   const SampleProduct product;
   AgentServer server;
   server.server.SetFaults({Fault::kStatus500});
   const SampleFiles files(product);
-  const std::string path = files.Write("a.exe", std::string(2000, 'a'));
   std::vector<JsonOwner> records;
-  records.push_back(Record(31, Named("procname", path)));
-  for (int i = 0; i < 2; ++i) {
+  records.push_back(Record(31, Named("procname", files.Write("0.exe", std::string(2000, '0')))));
+  for (const int kind : {1, 2, 3, 4, 5, 46, 3}) {
+    const auto path = files.Write(fmt::format("{}.exe", kind).c_str(), std::string(2000, 'a'));
     records.push_back(
-        Record(3, JsonOwner(json_pack("{s:i, s:i, s:s, s:s}", "solid", 0, "result", 0, "pathname",
-                                      path.c_str(), "recname", "Virus/Heur"))));
+        Record(kind, JsonOwner(json_pack("{s:i, s:i, s:s, s:s}", "solid", 0, "result", 0,
+                                         "pathname", path.c_str(), "recname", "Virus/Heur"))));
   }
   WriteRecords(product, std::move(records));
   product.SetTime("rpttm_sf", 0);
   product.SetTime("rpttm_fp", 0);
   EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_THAT(Samples(server), ElementsAre("2 a.exe 500"));
+  EXPECT_THAT(Samples(server), ElementsAre("2 1.exe 500", "2 3.exe 500", "2 4.exe 500"));
   EXPECT_EQ(product.Time("rpttm_sf"), 0);
   EXPECT_GT(product.Time("rpttm_fp"), 0);
 }
@@ -186,6 +187,17 @@ TEST_F(QuarantineReport, SendsWhatTheServerWants) {
   EXPECT_THAT(server.Bodies("rc3"), ElementsAre(std::string(1024, 'q'), std::string(5242880, 'q'),
                                                 std::string(2000, 'q')));
   EXPECT_GT(product.Time("rpttm_qf"), 0);
+}
+
+// To the second; the fixture's held files are there.
+TEST_F(QuarantineReport, PeriodBeginsWithTheLastTime) {
+  const JsonOwner list(json_array());
+  json_array_append_new(list.Get(), Entry(3, 1, "BEFORE", "Trojan/A", kDay + 1).Release());
+  json_array_append_new(list.Get(), Entry(10, 1, "START", "Trojan/A", kDay).Release());
+  WriteText(product.DataFolder() / "quarantine/list.json", CompactText(list));
+  product.SetTime("rpttm_qf", kAnHourAgo - kDay);
+  Run(R"({"samples": {"quarantine": {"cnt": 2}}})");
+  EXPECT_THAT(Samples(server), ElementsAre("1 10 404", "upload START"));
 }
 
 TEST_F(QuarantineReport, NeedsInstructionsAndEndsAtTheCount) {
