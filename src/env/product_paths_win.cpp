@@ -1,25 +1,16 @@
 #include <windows.h>
 
-#include <array>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include "base/text.h"
 #include "env/product_paths.h"
+#include "env/registry_text.h"
 #include "env/registry_win.h"
 
 namespace ostrell {
 namespace {
 
 constexpr DWORD kValueLimit = kPathSize * sizeof(wchar_t);
-
-// The bytes of a value of any type as characters, up to the first zero or the end of the value.
-WidePathText TextOfBytes(const std::vector<std::byte>& bytes) {
-  std::array<wchar_t, kPathSize + 1> characters{};
-  std::memcpy(characters.data(), bytes.data(), bytes.size());
-  return WidePathText(characters.data());
-}
 
 ProductFolder ReadFolder(const wchar_t* subkey, const wchar_t* valueName) {
   ProductFolder folder;
@@ -45,7 +36,7 @@ int32_t ReadRegistryPath(const wchar_t* subkey, const wchar_t* valueName, WidePa
   if (value.error != ERROR_SUCCESS) {
     return value.error;
   }
-  path = TextOfBytes(value.data);
+  path = WidePathText(TextUpToZero(value.data));  // of whatever type
   if (path.IsEmpty()) {
     return ERROR_INVALID_DATA;
   }

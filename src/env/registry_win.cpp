@@ -3,6 +3,8 @@
 #include <cstring>
 #include <utility>
 
+#include "env/registry_text.h"
+
 namespace ostrell {
 
 LSTATUS OpenRegistryKey(HKEY root, const wchar_t* subkey, REGSAM access, RegistryKey& key) {
@@ -20,17 +22,10 @@ RegistryValue QueryRegistryValue(HKEY key, const wchar_t* name, DWORD byteLimit)
 }
 
 std::optional<std::wstring> TextOfRegistryValue(const RegistryValue& value) {
-  if (value.error != ERROR_SUCCESS || (value.type != REG_SZ && value.type != REG_EXPAND_SZ) ||
-      value.data.size() % sizeof(wchar_t) != 0) {
+  if (value.error != ERROR_SUCCESS || (value.type != REG_SZ && value.type != REG_EXPAND_SZ)) {
     return std::nullopt;
   }
-  std::wstring text(value.data.size() / sizeof(wchar_t), L'\0');
-  std::memcpy(text.data(), value.data.data(), value.data.size());
-  if (!text.empty() && text.back() != L'\0') {
-    return std::nullopt;
-  }
-  text.resize(text.empty() ? 0 : text.find(L'\0'));
-  return text;
+  return TerminatedText(value.data);
 }
 
 std::optional<std::wstring> ReadRegistryText(HKEY root, const wchar_t* subkey, const wchar_t* name,
