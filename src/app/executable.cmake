@@ -5,7 +5,7 @@ set(product_folder ${CMAKE_BINARY_DIR}/product)
 configure_file(ostrell.rc.in ostrell.rc @ONLY)
 configure_file(ostrell.manifest.in ostrell.manifest @ONLY)
 
-add_executable(ostrell WIN32 main_win.cpp load_configuration_win.cpp
+add_executable(ostrell WIN32 main_win.cpp load_configuration.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc)
 target_link_libraries(ostrell PRIVATE app)
 target_include_directories(ostrell PRIVATE ${CMAKE_CURRENT_BINARY_DIR})  # ostrell.manifest
