@@ -14,7 +14,7 @@ set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc APPEND PROPERTY
   OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ostrell.manifest)
 ostrell_copy_jansson(ostrell)
 
-target_link_options(ostrell PRIVATE -Wl,-u,ostrellLoadConfiguration)  # nothing refers to it
+target_link_options(ostrell PRIVATE -Wl,-u,kOstrellLoadConfiguration)  # nothing refers to it
 set_property(TARGET ostrell APPEND PROPERTY
   LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration)
 

@@ -17,7 +17,7 @@ static_assert(sizeof(LoadConfiguration) == 0x140);
 
 // Imported libraries are looked for beside the program and in the system's folder, not in the
 // current folder nor along the path: LOAD_LIBRARY_SEARCH_APPLICATION_DIR and _SYSTEM32.
-extern "C" [[gnu::used]] alignas(16) const LoadConfiguration ostrellLoadConfiguration{
+extern "C" [[gnu::used]] alignas(16) const LoadConfiguration kOstrellLoadConfiguration{
     .size = sizeof(LoadConfiguration),
     .untilDependentLoadFlags = {},
     .dependentLoadFlags = 0x200 | 0x800,

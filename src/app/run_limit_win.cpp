@@ -17,6 +17,8 @@ DWORD WINAPI EndProcessAfter(void* milliseconds) {
 
 void LimitRun(std::chrono::milliseconds limit) {
   constexpr SIZE_T kStackBytes = 65536;
+  // The argument holds the number itself.
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   void* const argument = reinterpret_cast<void*>(static_cast<uintptr_t>(limit.count()));
   // Where no thread can be made the run goes without its limit.
   const KernelHandle thread(CreateThread(nullptr, kStackBytes, EndProcessAfter, argument,
