@@ -17,11 +17,11 @@
 #include "base/json.h"
 #include "reports/detection_records.h"
 #include "reports/popup_block_log.h"
+#include "reports/record_query.h"
 #include "store/record_store.h"
 #include "store/schema.h"
 #include "transport/pack_body.h"
 #include "transport/upload_report.h"
-#include "unified/record_query.h"
 
 namespace ostrell {
 namespace {

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "base/bytes.h"
-#include "env/descriptor_text.h"
 #include "fuzz/fuzz_target.h"
+#include "machine/descriptor_text.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <string_view>
 
 #include "fuzz/fuzz_target.h"
+#include "tests/support/plain_log_reading.h"
 #include "unified/log_line.h"
 #include "unified/log_scan.h"
-#include "unified/plain_log_reading.h"
 
 // The first byte of the input is the size of a block less one, the second chooses the signature and
 // how much of a line is kept, the rest is the log.

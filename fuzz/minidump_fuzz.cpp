@@ -6,7 +6,7 @@
 
 #include "base/bytes.h"
 #include "fuzz/fuzz_target.h"
-#include "unified/dump_bytes.h"
+#include "tests/support/dump_bytes.h"
 #include "unified/minidump.h"
 
 namespace ostrell {

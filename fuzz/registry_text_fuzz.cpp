@@ -1,7 +1,7 @@
 #include <span>
 #include <string_view>
 
-#include "env/registry_text.h"
+#include "base/registry_text.h"
 #include "fuzz/fuzz_target.h"
 
 namespace {

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "base/owner.h"
-#include "devkit/product/test_folder_win.h"
 #include "platform/closed_library.h"
 #include "platform/crashsentry.h"
 #include "platform/tracelog.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

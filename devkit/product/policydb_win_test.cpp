@@ -5,9 +5,9 @@
 
 #include "base/handle_win.h"
 #include "base/json.h"
-#include "devkit/product/test_folder_win.h"
-#include "env/private_registry_win.h"
 #include "platform/policydb.h"
+#include "tests/support/private_registry_win.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

@@ -3,9 +3,9 @@
 #include <span>
 
 #include "base/bytes.h"
-#include "devkit/product/test_folder_win.h"
 #include "platform/closed_library.h"
 #include "platform/svclink.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

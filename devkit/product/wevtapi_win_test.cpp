@@ -8,7 +8,7 @@
 
 #include "base/owner.h"
 #include "devkit/product/files_win.h"
-#include "devkit/product/test_folder_win.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

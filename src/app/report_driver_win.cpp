@@ -3,7 +3,6 @@
 #include "app/report_driver.h"
 #include "app/report_gate.h"
 #include "base/run_job.h"
-#include "env/client_id_provider.h"
 #include "env/report_clock.h"
 #include "platform/policydb.h"
 #include "reports/detection_log.h"
@@ -11,6 +10,7 @@
 #include "reports/popup_block_log.h"
 #include "reports/samples.h"
 #include "reports/scan_statistics.h"
+#include "unified/client_id_provider.h"
 #include "unified/unified_report.h"
 
 namespace ostrell {

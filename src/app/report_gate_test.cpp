@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "env/fake_settings_store.h"
+#include "tests/support/fake_settings_store.h"
 
 namespace ostrell {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/handle_win.h"
-#include "devkit/product/test_folder_win.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 
 #include "base/owner.h"
+#include "base/registry_win.h"
 #include "base/text_win.h"
-#include "env/registry_win.h"
 
 namespace ostrell {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "env/private_registry_win.h"
+#include "tests/support/private_registry_win.h"
 
 namespace ostrell {
 namespace {
@@ -86,6 +86,18 @@ TEST_F(ClientIdTest, WithoutTheKeyEachRunMakesAnother) {
   EXPECT_EQ(first.size(), 38U);
   EXPECT_NE(Read(), first);
   EXPECT_EQ(Stored().error, ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(ClientIdTest, IdentityOfThisMachineStays) {
+  IdentityText machine("old");
+  IdentityText client("old");
+  EXPECT_EQ(ComputeIdentity(machine, client), 0);
+  EXPECT_EQ(machine.View().size(), 40U);
+  EXPECT_EQ(machine.View().find_first_not_of("0123456789ABCDEF"), std::string_view::npos);
+  EXPECT_EQ(client.View().size(), 38U);
+  IdentityText again;
+  EXPECT_EQ(ComputeIdentity(again, client), 0);
+  EXPECT_EQ(again.View(), machine.View());
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "base/registry_win.h"
 #include "env/customer_id.h"
 #include "env/product_paths.h"
-#include "env/registry_win.h"
 #include "platform/policydb.h"
 
 namespace ostrell {

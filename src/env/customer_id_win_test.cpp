@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "env/customer_id.h"
-#include "env/private_registry_win.h"
+#include "tests/support/private_registry_win.h"
 
 namespace ostrell {
 namespace {

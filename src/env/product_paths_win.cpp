@@ -2,10 +2,10 @@
 
 #include <string>
 
+#include "base/registry_text.h"
+#include "base/registry_win.h"
 #include "base/text.h"
 #include "env/product_paths.h"
-#include "env/registry_text.h"
-#include "env/registry_win.h"
 
 namespace ostrell {
 namespace {

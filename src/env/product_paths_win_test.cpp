@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "base/text.h"
-#include "env/private_registry_win.h"
 #include "env/product_paths.h"
+#include "tests/support/private_registry_win.h"
 
 namespace ostrell {
 namespace {

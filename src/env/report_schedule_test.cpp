@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "env/fake_settings_store.h"
+#include "tests/support/fake_settings_store.h"
 
 namespace ostrell {
 namespace {

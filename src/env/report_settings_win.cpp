@@ -1,7 +1,7 @@
 #include <windows.h>
 
+#include "base/registry_win.h"
 #include "base/text.h"
-#include "env/registry_win.h"
 #include "env/report_schedule.h"
 #include "env/report_settings.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "env/private_registry_win.h"
 #include "env/report_settings.h"
+#include "tests/support/private_registry_win.h"
 
 namespace ostrell {
 namespace {

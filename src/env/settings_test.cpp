@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "env/fake_settings_store.h"
+#include "tests/support/fake_settings_store.h"
 
 namespace ostrell {
 namespace {

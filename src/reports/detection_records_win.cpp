@@ -1,6 +1,6 @@
 #include "reports/detection_kinds.h"
 #include "reports/detection_records.h"
-#include "unified/record_query.h"
+#include "reports/record_query.h"
 
 namespace ostrell {
 

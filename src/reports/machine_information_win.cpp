@@ -7,7 +7,7 @@
 #include "env/product_version.h"
 #include "env/report_schedule.h"
 #include "env/signature_version.h"
-#include "env/system_facts.h"
+#include "machine/system_facts.h"
 #include "reports/machine_information.h"
 #include "transport/fetch_packed_json.h"
 #include "transport/report_url.h"

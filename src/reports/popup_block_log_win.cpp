@@ -1,11 +1,11 @@
 #include "env/product_paths.h"
 #include "platform/tracelog.h"
 #include "reports/popup_block_log.h"
+#include "reports/record_query.h"
 #include "reports/windowed_report.h"
 #include "store/record_store.h"
 #include "store/schema.h"
 #include "transport/report_url.h"
-#include "unified/record_query.h"
 
 namespace ostrell {
 namespace {

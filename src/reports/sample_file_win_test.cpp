@@ -8,7 +8,7 @@
 #include "base/bytes.h"
 #include "base/handle_win.h"
 #include "base/text.h"
-#include "devkit/product/test_folder_win.h"
+#include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {

@@ -3,12 +3,12 @@
 #include "base/bytes.h"
 #include "env/report_clock.h"
 #include "reports/quarantine.h"
+#include "reports/record_query.h"
 #include "reports/sample_file_win.h"
 #include "reports/sample_pass.h"
 #include "reports/sample_upload.h"
 #include "reports/samples.h"
 #include "reports/windowed_report.h"
-#include "unified/record_query.h"
 
 namespace ostrell {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <new>
 
-#include "env/fake_settings_store.h"
+#include "tests/support/fake_settings_store.h"
 
 namespace ostrell {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "base/bytes.h"
 #include "base/hex.h"
-#include "transport/test_bodies.h"
+#include "tests/support/test_bodies.h"
 
 namespace ostrell {
 namespace {

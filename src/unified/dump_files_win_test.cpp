@@ -3,11 +3,11 @@
 
 #include "base/calendar.h"
 #include "base/text.h"
-#include "unified/dump_bytes.h"
+#include "tests/support/dump_bytes.h"
+#include "tests/support/program_files_win.h"
 #include "unified/dump_files.h"
 #include "unified/dump_listing_win.h"
 #include "unified/dump_view_win.h"
-#include "unified/program_files_win.h"
 
 namespace ostrell {
 namespace {

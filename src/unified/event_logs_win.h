@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "env/system_facts_win.h"
 #include "eventlog/classic_api.h"
 #include "eventlog/evt_api.h"
 #include "eventlog/reading.h"
+#include "machine/system_facts_win.h"
 
 namespace ostrell {
 

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "base/calendar.h"
+#include "tests/support/program_files_win.h"
+#include "tests/support/recorded_events_win.h"
 #include "unified/dump_files.h"
 #include "unified/event_logs.h"
-#include "unified/program_files_win.h"
-#include "unified/recorded_events_win.h"
 
 namespace ostrell {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/plain_log_reading.h"
 #include "unified/log_line.h"
-#include "unified/plain_log_reading.h"
 
 namespace ostrell {
 namespace {

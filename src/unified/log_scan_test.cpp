@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "unified/plain_log_reading.h"
+#include "tests/support/plain_log_reading.h"
 
 namespace ostrell {
 namespace {

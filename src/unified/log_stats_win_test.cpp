@@ -5,8 +5,8 @@
 
 #include "base/calendar.h"
 #include "base/text.h"
+#include "tests/support/program_files_win.h"
 #include "unified/log_stats.h"
-#include "unified/program_files_win.h"
 
 namespace ostrell {
 namespace {

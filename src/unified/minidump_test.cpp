@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "unified/dump_bytes.h"
+#include "tests/support/dump_bytes.h"
 
 namespace ostrell {
 namespace {

@@ -8,7 +8,7 @@
 #include <array>
 
 #include "platform/tracelog.h"
-#include "unified/program_files_win.h"
+#include "tests/support/program_files_win.h"
 
 namespace ostrell {
 namespace {

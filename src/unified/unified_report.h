@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "base/json.h"
-#include "env/client_id_provider.h"
 #include "env/settings.h"
+#include "unified/client_id_provider.h"
 
 namespace ostrell {
 

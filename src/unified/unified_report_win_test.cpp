@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "base/text.h"
-#include "env/fake_settings_store.h"
-#include "unified/program_files_win.h"
+#include "tests/support/fake_settings_store.h"
+#include "tests/support/program_files_win.h"
 #include "unified/unified_report.h"
 
 namespace ostrell {

@@ -1,0 +1,104 @@
+#include "base/registry_win.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "base/text.h"
+#include "tests/support/private_registry_win.h"
+
+namespace ostrell {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr const wchar_t* kSubkey = L"SOFTWARE\\Vendor\\Product";
+
+class RegistryTest : public testing::Test {
+ protected:
+  static void SetBytes(DWORD type, std::string_view bytes) {
+    PrivateRegistry::SetBytes(HKEY_LOCAL_MACHINE, kSubkey, L"Value", type, bytes);
+  }
+  static std::optional<std::wstring> ReadText(DWORD byteLimit = 64) {
+    return ReadRegistryText(HKEY_LOCAL_MACHINE, kSubkey, L"Value", byteLimit);
+  }
+  static std::optional<uint32_t> ReadDword() {
+    return ReadRegistryDword(HKEY_LOCAL_MACHINE, kSubkey, L"Value");
+  }
+
+  PrivateRegistry registry;
+};
+
+TEST_F(RegistryTest, MissingKeyOrValue) {
+  EXPECT_EQ(ReadText(), std::nullopt);
+  EXPECT_EQ(ReadDword(), std::nullopt);
+  RegistryKey key = PrivateRegistry::MakeKey(HKEY_LOCAL_MACHINE, kSubkey);
+  EXPECT_EQ(ReadText(), std::nullopt);
+  EXPECT_EQ(ReadDword(), std::nullopt);
+  EXPECT_EQ(QueryRegistryValue(key.Get(), L"Value", 64).error, ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(OpenRegistryKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Missing", KEY_READ, key),
+            ERROR_FILE_NOT_FOUND);
+  EXPECT_FALSE(key);
+}
+
+TEST_F(RegistryTest, ValueAtTheByteLimitAndOnePast) {
+  SetBytes(REG_SZ, "a\0b\0c\0\0\0"sv);
+  const RegistryKey key = PrivateRegistry::MakeKey(HKEY_LOCAL_MACHINE, kSubkey);
+  const RegistryValue whole = QueryRegistryValue(key.Get(), L"Value", 8);
+  EXPECT_EQ(whole.error, ERROR_SUCCESS);
+  EXPECT_EQ(whole.type, DWORD{REG_SZ});
+  EXPECT_EQ(whole.data.size(), 8U);
+  EXPECT_EQ(ReadText(8), L"abc");
+  const RegistryValue cut = QueryRegistryValue(key.Get(), L"Value", 7);
+  EXPECT_EQ(cut.error, ERROR_MORE_DATA);
+  EXPECT_TRUE(cut.data.empty());
+  EXPECT_EQ(ReadText(7), std::nullopt);
+}
+
+TEST_F(RegistryTest, TextUpToItsFirstZero) {
+  const struct {
+    DWORD type;
+    std::wstring_view stored;
+    std::optional<std::wstring> text;
+  } cases[] = {{REG_SZ, L"caf\u00E9\0"sv, L"caf\u00E9"},
+               {REG_EXPAND_SZ, L"%TEMP%\\x\0"sv, L"%TEMP%\\x"},
+               {REG_SZ, L"ab\0cd\0"sv, L"ab"},
+               {REG_SZ, L"\0cd\0"sv, L""},
+               {REG_SZ, L"", L""},
+               // No terminator.
+               {REG_SZ, L"abc", std::nullopt},
+               {REG_SZ, L"ab\0c"sv, std::nullopt},
+               // Another type.
+               {REG_NONE, L"a\0"sv, std::nullopt},
+               {REG_BINARY, L"a\0"sv, std::nullopt},
+               {REG_DWORD, L"a\0"sv, std::nullopt},
+               {REG_MULTI_SZ, L"a\0"sv, std::nullopt}};
+  for (const auto& row : cases) {
+    PrivateRegistry::SetCharacters(HKEY_LOCAL_MACHINE, kSubkey, L"Value", row.type, row.stored);
+    EXPECT_EQ(ReadText(), row.text) << row.type << " " << Utf8FromWide(row.stored);
+  }
+}
+
+TEST_F(RegistryTest, TextOfOddByteCount) {
+  for (const std::string_view bytes : {"\0"sv, "a\0\0"sv, "a\0\0\0\0"sv}) {
+    SetBytes(REG_SZ, bytes);
+    EXPECT_EQ(ReadText(), std::nullopt) << bytes.size();
+  }
+}
+
+TEST_F(RegistryTest, DwordHasFourBytesAndItsType) {
+  SetBytes(REG_DWORD, "\1\2\3\x84");
+  EXPECT_EQ(ReadDword(), 0x84030201U);
+  for (const std::string_view bytes : {""sv, "\1"sv, "\1\0\0"sv, "\1\0\0\0\0"sv}) {
+    SetBytes(REG_DWORD, bytes);
+    EXPECT_EQ(ReadDword(), std::nullopt) << bytes.size();
+  }
+  for (const DWORD type : {REG_BINARY, REG_DWORD_BIG_ENDIAN, REG_QWORD, REG_SZ}) {
+    SetBytes(type, "\1\0\0\0"sv);
+    EXPECT_EQ(ReadDword(), std::nullopt) << type;
+  }
+}
+
+}  // namespace
+}  // namespace ostrell
