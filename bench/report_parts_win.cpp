@@ -14,16 +14,15 @@
 #include <string>
 
 #include "base/bytes.h"
+#include "base/files_win.h"
 #include "base/handle_win.h"
 #include "base/json.h"
-#include "base/mapped_file_win.h"
 #include "eventlog/render_record.h"
 #include "reports/sample_pass.h"
 #include "reports/sample_upload.h"
-#include "unified/client_id_provider.h"
-#include "unified/dump_view_win.h"
+#include "tests/support/fake_run.h"
+#include "unified/dump_files.h"
 #include "unified/event_fields.h"
-#include "unified/minidump.h"
 #include "unified/report_item.h"
 #include "unified/unified_report.h"
 
@@ -61,8 +60,8 @@ bool MakeSparseCopy(const std::filesystem::path& dump, const std::filesystem::pa
 }
 
 bool ReadDump(const std::filesystem::path& path) {
-  const MappedFile file(path.c_str());
-  return ReadMinidump(SourceOfView(file.Bytes())).crashModuleTime.has_value();
+  const auto file = WindowsFiles().Open(path.native(), FileUse::kMapped);
+  return file && ReadMinidump(SourceOf(*file)).crashModuleTime.has_value();
 }
 
 bool BenchDumps(const std::filesystem::path& dump) {
@@ -73,9 +72,9 @@ bool BenchDumps(const std::filesystem::path& dump) {
   }
   PrintRow("dump, opened, mapped and read", SecondsPerCall([&] { ReadDump(dump); }), "a dump");
   PrintRow("the same, sparse and 4 GiB long", SecondsPerCall([&] { ReadDump(sparse); }), "a dump");
-  const MappedFile file(sparse.c_str());
-  PrintRow("the same, reading alone",
-           SecondsPerCall([&] { ReadMinidump(SourceOfView(file.Bytes())); }), "a dump");
+  const auto file = WindowsFiles().Open(sparse.native(), FileUse::kMapped);
+  PrintRow("the same, reading alone", SecondsPerCall([&] { ReadMinidump(SourceOf(*file)); }),
+           "a dump");
   return true;
 }
 
@@ -121,7 +120,9 @@ void BenchDigests() {
 
 void BenchMerging() {
   constexpr int kItems = 10000;
-  DefaultClientIdProvider provider;
+  FakeRun fake;
+  const Run run = fake.Get();
+  DefaultClientIdProvider provider(run);
   size_t bytes = 0;
   const double seconds = SecondsPerCall([&] {
     const JsonOwner items(json_array());
@@ -129,7 +130,7 @@ void BenchMerging() {
       json_array_append_new(items.Get(),
                             NewReportItem("syslog", L"Application Error", i).Release());
     }
-    add_common_fields_to_unified_array(items.Get(), provider, 14400);
+    add_common_fields_to_unified_array(run, items.Get(), provider, 14400);
     const JsonText text(json_dumps(items.Get(), JSON_COMPACT));
     bytes = std::string_view(text.Get()).size();
   });

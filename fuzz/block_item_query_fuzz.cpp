@@ -41,7 +41,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto query = ComposeBlockItemQuery(document.Get());
   const Statement statement = BuildBlockItemQuery(Database().Get(), document.Get());
   const JsonOwner rows = FetchBlockItems(Database(), document.Get());
-  Require(!query || query->text.size() <= kMostStatementBytes);
+  Require(!query || query->text.size() <= kMaxStatementBytes);
   Require(!statement || query);
   Require(!statement || !HasPlainMarks(*query) ||
           sqlite3_bind_parameter_count(statement.Get()) == std::ssize(query->values));

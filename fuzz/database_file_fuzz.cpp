@@ -84,7 +84,7 @@ void Use(const fs::path& file) {
   for (json_t* const query : {static_cast<json_t*>(nullptr), newestFirst.Get()}) {
     uint64_t leftOut = 0;
     const JsonOwner rows = FetchBlockItems(store, query, &leftOut);
-    Require(json_array_size(rows.Get()) <= kMostBlockItems);
+    Require(json_array_size(rows.Get()) <= kMaxBlockItems);
   }
 }
 

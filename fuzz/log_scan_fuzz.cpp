@@ -15,7 +15,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return 0;
   }
   const LogScanSizes sizes = {.block = size_t{data[0]} + 1,
-                              .mostOfLine = size_t{data[1]} / 4 * 5 + 1};
+                              .maxOfLine = size_t{data[1]} / 4 * 5 + 1};
   const std::string_view signature = kSignatures[data[1] % std::size(kSignatures)];
   const std::string file(reinterpret_cast<const char*>(data) + 2, size - 2);
   size_t bytesRead = 0;
@@ -25,7 +25,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return count;
   };
   const auto lines = MatchingLines(read, signature, sizes);
-  Require(lines == PlainLogReading(file, signature, sizes.mostOfLine));
+  Require(lines == PlainLogReading(file, signature, sizes.maxOfLine));
   // Read again is no more than what is kept of each line, with the rest of a block.
   size_t readAgain = 0;
   for (const LogLine& line : lines) {

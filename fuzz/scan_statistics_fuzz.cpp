@@ -49,16 +49,22 @@ std::optional<std::string_view> PlainPayload(const File& file) {
   return length <= there - 16 ? std::optional(file.bytes.substr(16, length)) : std::nullopt;
 }
 
-std::optional<std::string> Payload(const File& file) {
-  size_t position = 0;
-  const auto payload = ReadScanStatistics(file.toldSize, [&](std::span<std::byte> to) {
+struct Opened : OpenFile {
+  explicit Opened(const File& opened) : file(opened) {}
+  std::optional<uint64_t> Size() const override { return file.toldSize; }
+  std::optional<size_t> ReadAt(uint64_t offset, std::span<std::byte> to) const override {
     Require(to.size() <= file.toldSize);
-    const bool isReadable = to.size() <= file.readable - position;
     // A reading that fails may have filled some of the bytes, or all.
-    std::ranges::copy(BytesOf(file.bytes.substr(position, to.size())), to.begin());
-    position += isReadable ? to.size() : 0;
-    return isReadable;
-  });
+    const std::string_view rest = file.bytes.substr(std::min<size_t>(offset, file.bytes.size()));
+    const std::string_view taken = rest.substr(0, to.size());
+    std::ranges::copy(BytesOf(taken), to.begin());
+    return offset + to.size() <= file.readable ? std::optional(taken.size()) : std::nullopt;
+  }
+  const File& file;
+};
+
+std::optional<std::string> Payload(const File& file) {
+  const auto payload = ReadScanStatistics(Opened(file));
   return payload ? std::optional(std::string(TextOf(*payload))) : std::nullopt;
 }
 

@@ -67,9 +67,9 @@ void CheckTicket(const UploadTicket& ticket, std::string_view answer, const json
     Require(ticket.headerLines[i] == json_string_value(json_array_get(header, i)));
   }
   const auto again = Read(WithMember(answer, LongMember(1)));
-  Require(answer.size() + 2 > kMostTicketElements ||
+  Require(answer.size() + 2 > kMaxTicketElements ||
           (again && again->url == ticket.url && again->headerLines == ticket.headerLines));
-  static const std::string kTooLong = LongMember(kMostTicketElements);
+  static const std::string kTooLong = LongMember(kMaxTicketElements);
   Require(!Read(WithMember(answer, kTooLong)));
 }
 
@@ -85,7 +85,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(url == ticket->url);
     CheckTicket(*ticket, answer, header);
   } else {
-    Require(!url || !IsPlainHttp(*url) || !HasSoundLines(header) || size > kMostTicketElements);
+    Require(!url || !IsPlainHttp(*url) || !HasSoundLines(header) || size > kMaxTicketElements);
   }
   return 0;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "base/text_win.h"
+#include "base/text.h"
 #include "devkit/product/files_win.h"
 
 namespace ostrell {

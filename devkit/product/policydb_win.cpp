@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "base/json.h"
-#include "base/text_win.h"
+#include "base/text.h"
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
 #include "devkit/product/json_file_win.h"
@@ -34,7 +34,7 @@ class DocumentFile final : public PolicyDocument {
   // Null for what is not the record store, and for what cannot be evaluated.
   json_t* Query(json_t* descriptor) noexcept override {
     return Guarded<json_t*>(nullptr, [&]() -> json_t* {
-      return isRecordStore ? RunRecordQuery(document.Get(), descriptor).Release() : nullptr;
+      return isRecordStore ? EvaluateRecordQuery(document.Get(), descriptor).Release() : nullptr;
     });
   }
 

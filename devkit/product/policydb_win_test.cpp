@@ -5,7 +5,7 @@
 
 #include "base/handle_win.h"
 #include "base/json.h"
-#include "platform/policydb.h"
+#include "platform/closed_library.h"
 #include "tests/support/private_registry_win.h"
 #include "tests/support/test_folder_win.h"
 
@@ -24,7 +24,7 @@ class SettingsStoreTest : public testing::Test {
     PrivateRegistry::SetText(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velmora\\Corvane\\app", L"DataPath",
                              path);
   }
-  static SettingsStoreOwner Open() { return OpenSettingsStore("ostrell"); }
+  static SettingsStoreOwner Open() { return PolicyDb(LoadPolicyDb()).OpenSettingsStore("ostrell"); }
 
   std::optional<std::string> Content() const { return ContentOf(folder.Path() / kFile); }
   // No temporary file may stay behind.
@@ -123,7 +123,7 @@ TEST_F(SettingsStoreTest, FailedReplacementKeepsTheOldFile) {
 TEST_F(SettingsStoreTest, DataPathMustExistAndFeatureNameStaysInIt) {
   folder.Write("secret.json", "{}");
   for (const char* name : {"", "..\\secret", "../secret", "a.b", "c:", "\xc3\xa4"}) {
-    EXPECT_FALSE(OpenSettingsStore(name)) << name;
+    EXPECT_FALSE(PolicyDb(LoadPolicyDb()).OpenSettingsStore(name)) << name;
   }
   SetDataPath(folder.Path().wstring() + L"\\");
   EXPECT_TRUE(Open());
@@ -138,6 +138,10 @@ TEST_F(SettingsStoreTest, DataPathMustExistAndFeatureNameStaysInIt) {
 
 class PolicyDocumentTest : public testing::Test {
  protected:
+  static PolicyDocumentOwner OpenDocument(int32_t document, const char* path) {
+    return PolicyDb(LoadPolicyDb()).OpenDocument(document, path);
+  }
+
   const TestFolder folder;
   const std::string dataPath = folder.Utf8("");
 };
@@ -145,7 +149,7 @@ class PolicyDocumentTest : public testing::Test {
 // The program's copy of jansson finds a key in an object that the library's code has made.
 TEST_F(PolicyDocumentTest, EveryValueIsAReferenceOfItsOwn) {
   folder.Write("documents/25.json", R"({"name": "sample", "id": 4711})");
-  auto document = OpenPolicyDocument(25, dataPath.c_str());
+  auto document = OpenDocument(25, dataPath.c_str());
   ASSERT_TRUE(document);
   const JsonOwner first(document->Json());
   const JsonOwner second(document->Json());
@@ -157,16 +161,16 @@ TEST_F(PolicyDocumentTest, EveryValueIsAReferenceOfItsOwn) {
 }
 
 TEST_F(PolicyDocumentTest, MissingOrDamagedIsNone) {
-  EXPECT_FALSE(OpenPolicyDocument(25, dataPath.c_str()));
+  EXPECT_FALSE(OpenDocument(25, dataPath.c_str()));
   for (const char* damage : {"", "{\"id\": ", "4711", "{\"id\": 1, \"id\": 2}"}) {
     folder.Write("documents/25.json", damage);
-    EXPECT_FALSE(OpenPolicyDocument(25, dataPath.c_str())) << damage;
+    EXPECT_FALSE(OpenDocument(25, dataPath.c_str())) << damage;
   }
   folder.Write("documents/25.json", "{}");
-  EXPECT_TRUE(OpenPolicyDocument(25, dataPath.c_str()));
-  EXPECT_FALSE(OpenPolicyDocument(-25, dataPath.c_str()));
+  EXPECT_TRUE(OpenDocument(25, dataPath.c_str()));
+  EXPECT_FALSE(OpenDocument(-25, dataPath.c_str()));
   for (const char* wrongPath : {"", "C:\\missing folder", "\xff"}) {
-    EXPECT_FALSE(OpenPolicyDocument(25, wrongPath)) << wrongPath;
+    EXPECT_FALSE(OpenDocument(25, wrongPath)) << wrongPath;
   }
 }
 
@@ -175,7 +179,7 @@ constexpr char kAllOldestFirst[] = R"({"c": [], "o": [{"n": "ts", "t": "ASC"}]})
 TEST_F(PolicyDocumentTest, RecordStoreAnswersQueries) {
   const JsonOwner descriptor(json_loads(kAllOldestFirst, 0, nullptr));
   const auto found = [&](int32_t document) {
-    const auto store = OpenPolicyDocument(document, dataPath.c_str());
+    const auto store = OpenDocument(document, dataPath.c_str());
     return JsonOwner(store ? store->Query(descriptor.Get()) : nullptr);
   };
   EXPECT_TRUE(json_is_array(found(0).Get()));
@@ -185,7 +189,7 @@ TEST_F(PolicyDocumentTest, RecordStoreAnswersQueries) {
   EXPECT_TRUE(json_equal(found(0).Get(), expected.Get()));
   folder.Write("documents/1.json", R"([{"ts": 2}, {"ts": 1}])");
   EXPECT_FALSE(found(1));
-  const auto store = OpenPolicyDocument(0, dataPath.c_str());
+  const auto store = OpenDocument(0, dataPath.c_str());
   ASSERT_TRUE(store);
   EXPECT_EQ(store->Query(nullptr), nullptr);
 }
@@ -194,7 +198,7 @@ TEST_F(PolicyDocumentTest, DamagedRecordStoreIsNone) {
   folder.Write("documents/0.json", "[]");
   for (const char* damage : {"", "[", "{}", "[{}, 1]", "[[]]", "[{\"ts\": 1, \"ts\": 2}]"}) {
     folder.Write("records.json", damage);
-    EXPECT_FALSE(OpenPolicyDocument(0, dataPath.c_str())) << damage;
+    EXPECT_FALSE(OpenDocument(0, dataPath.c_str())) << damage;
   }
 }
 

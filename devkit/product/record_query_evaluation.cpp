@@ -147,7 +147,7 @@ void Sort(std::vector<json_t*>& records, const Order& order) {
 
 }  // namespace
 
-JsonOwner RunRecordQuery(json_t* records, json_t* descriptor) {
+JsonOwner EvaluateRecordQuery(json_t* records, json_t* descriptor) {
   const auto query = ParseDescriptor(descriptor);
   if (!query) {
     return {};

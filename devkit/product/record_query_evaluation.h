@@ -16,6 +16,6 @@ namespace ostrell {
 // one without an integer in the order's column comes last; equal records keep their order. Empty
 // for null and for every other descriptor: unknown operators, missing or further members, other
 // types.
-JsonOwner RunRecordQuery(json_t* records, json_t* descriptor);
+JsonOwner EvaluateRecordQuery(json_t* records, json_t* descriptor);
 
 }  // namespace ostrell

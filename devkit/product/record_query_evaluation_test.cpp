@@ -18,7 +18,7 @@ std::string Found(const std::string& descriptor) {
       {"name": "c", "ts": 20, "fid": 0}, {"name": "d", "ts": 30, "fid": 5},
       {"name": "e", "ts": 20},           {"name": "f", "ts": "20", "fid": 1.0},
       {"name": "g", "fid": 9223372036854775807}])");
-  const JsonOwner found = RunRecordQuery(records.Get(), Json(descriptor).Get());
+  const JsonOwner found = EvaluateRecordQuery(records.Get(), Json(descriptor).Get());
   std::string names;
   size_t i = 0;
   json_t* record = nullptr;
@@ -97,8 +97,8 @@ TEST(RecordQueryTest, RefusesDescriptors) {
 TEST(RecordQueryTest, ChangingAFoundRecordLeavesTheStore) {
   const JsonOwner records = Json(R"([{"ts": 1, "detail": {"rid": "x"}}])");
   const JsonOwner before = Json(R"([{"ts": 1, "detail": {"rid": "x"}}])");
-  const JsonOwner found =
-      RunRecordQuery(records.Get(), Json(R"({"c": [], "o": [{"n": "ts", "t": "ASC"}]})").Get());
+  const JsonOwner found = EvaluateRecordQuery(
+      records.Get(), Json(R"({"c": [], "o": [{"n": "ts", "t": "ASC"}]})").Get());
   json_t* record = json_array_get(found.Get(), 0);
   ASSERT_EQ(json_object_clear(json_object_get(record, "detail")), 0);
   ASSERT_EQ(json_object_clear(record), 0);

@@ -93,7 +93,7 @@ bool HasShape(std::string_view text, std::string_view shape) {
 
 // The ticks of ".123Z" or "Z".
 std::optional<uint64_t> FractionTicks(std::string_view text) {
-  constexpr size_t kMostDigits = 9;
+  constexpr size_t kMaxDigits = 9;
   if (text == "Z") {
     return 0;
   }
@@ -101,7 +101,7 @@ std::optional<uint64_t> FractionTicks(std::string_view text) {
     return std::nullopt;
   }
   std::string digits(text.substr(1, text.size() - 2));
-  if (digits.empty() || digits.size() > kMostDigits ||
+  if (digits.empty() || digits.size() > kMaxDigits ||
       digits.find_first_not_of(kDigits) != std::string::npos) {
     return std::nullopt;
   }

@@ -13,7 +13,7 @@
 #include <type_traits>
 
 #include "base/bytes.h"
-#include "base/text_win.h"
+#include "base/text.h"
 #include "devkit/product/files_win.h"
 #include "devkit/product/guarded.h"
 #include "devkit/product/signature_file.h"

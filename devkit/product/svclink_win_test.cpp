@@ -4,7 +4,6 @@
 
 #include "base/bytes.h"
 #include "platform/closed_library.h"
-#include "platform/svclink.h"
 #include "tests/support/test_folder_win.h"
 
 namespace ostrell {
@@ -14,9 +13,14 @@ using namespace std::string_view_literals;
 
 constexpr auto kPackedRecord = "OPKR\xff\xff\x20\0\x1c\0\0\xc0\0\0{\"samples\":{}}"sv;
 
+const Svclink& Loaded() {
+  static const Svclink svclink(LoadSvclink());
+  return svclink;
+}
+
 std::optional<uint64_t> VersionOf(const char* path) {
-  const auto file = Svclink::Loaded().OpenSignatureFile(path);
-  const auto record = Svclink::Loaded().TakeRecord(file.Get());
+  const auto file = Loaded().OpenSignatureFile(path);
+  const auto record = Loaded().TakeRecord(file.Get());
   return record ? std::optional(record->version) : std::nullopt;
 }
 
@@ -25,7 +29,7 @@ int32_t WriteText(const SvclinkObjectOwner& stream, std::string_view text) {
 }
 
 SvclinkObjectOwner StreamOf(std::string_view content) {
-  SvclinkObjectOwner stream = Svclink::Loaded().OpenStream();
+  SvclinkObjectOwner stream = Loaded().OpenStream();
   EXPECT_EQ(WriteText(stream, content), static_cast<int32_t>(content.size()));
   return stream;
 }
@@ -67,13 +71,13 @@ TEST(SvclinkTest, SignatureFileVersions) {
 TEST(SvclinkTest, SignatureHeaderHasNoBlock) {
   const TestFolder folder;
   folder.Write("patt.db", "OSTRELL-SIGNATURES 1\nversion = 7\n");
-  const auto file = Svclink::Loaded().OpenSignatureFile(folder.Utf8("patt.db").c_str());
-  EXPECT_EQ(Svclink::Loaded().KindOf(file.Get()), 0U);
-  const auto record = Svclink::Loaded().TakeRecord(file.Get());
+  const auto file = Loaded().OpenSignatureFile(folder.Utf8("patt.db").c_str());
+  EXPECT_EQ(Loaded().KindOf(file.Get()), 0U);
+  const auto record = Loaded().TakeRecord(file.Get());
   ASSERT_TRUE(record);
   EXPECT_EQ(BlockOf(record), "");
-  EXPECT_FALSE(Svclink::Loaded().OpenSignatureFile(folder.Utf8("missing.db").c_str()));
-  EXPECT_FALSE(Svclink::Loaded().OpenSignatureFile("\xff"));
+  EXPECT_FALSE(Loaded().OpenSignatureFile(folder.Utf8("missing.db").c_str()));
+  EXPECT_FALSE(Loaded().OpenSignatureFile("\xff"));
 }
 
 TEST(SvclinkTest, StreamGivesBackWhatWasWritten) {
@@ -98,7 +102,7 @@ TEST(SvclinkTest, StreamGivesBackWhatWasWritten) {
 TEST(SvclinkTest, PackedRecordIsHandedOutAsItCame) {
   auto stream = StreamOf(kPackedRecord.substr(0, 5));
   ASSERT_EQ(WriteText(stream, kPackedRecord.substr(5)), 23);
-  const auto record = Svclink::Loaded().TakeRecord(stream.Get());
+  const auto record = Loaded().TakeRecord(stream.Get());
   ASSERT_TRUE(record);
   stream.Reset();
   EXPECT_EQ(BlockOf(record), kPackedRecord);
@@ -118,30 +122,20 @@ TEST(SvclinkTest, PackedRecordIsKnownByItsFirstEightBytes) {
                 {""sv, 0, false}};
   for (const auto& [content, kind, record] : kCases) {
     const auto stream = StreamOf(content);
-    EXPECT_EQ(Svclink::Loaded().KindOf(stream.Get()), kind) << content;
-    EXPECT_EQ(static_cast<bool>(Svclink::Loaded().TakeRecord(stream.Get())), record) << content;
+    EXPECT_EQ(Loaded().KindOf(stream.Get()), kind) << content;
+    EXPECT_EQ(static_cast<bool>(Loaded().TakeRecord(stream.Get())), record) << content;
   }
 }
 
 TEST(SvclinkTest, MisuseOfAnObjectIsAFailure) {
   const auto stream = StreamOf(kPackedRecord);
   EXPECT_LT(stream->open(stream.Get(), "", 258), 0) << "opened twice";
-  const auto createObject =
-      ClosedLibrary(L"svclink.dll").ByOrdinal<decltype(SvclinkEntries::createObject)>(10);
+  const auto createObject = LoadSvclink().createObject;
   EXPECT_EQ(createObject(2), nullptr);
   const SvclinkObjectOwner closed(createObject(1));
   EXPECT_LT(closed->open(closed.Get(), "", 0x8000), 0);
   EXPECT_LT(WriteText(closed, "x"), 0);
-  EXPECT_FALSE(Svclink::Loaded().TakeRecord(closed.Get()));
-}
-
-// An object whose entries are null is not called.
-TEST(SvclinkTest, ObjectWithoutOperationsIsNone) {
-  static SvclinkObject bare{};
-  const Svclink svclink(
-      {.queryKind = nullptr, .createObject = [](int32_t) { return &bare; }, .takeRecord = nullptr});
-  EXPECT_FALSE(svclink.OpenStream());
-  EXPECT_FALSE(svclink.OpenSignatureFile("patt.db"));
+  EXPECT_FALSE(Loaded().TakeRecord(closed.Get()));
 }
 
 }  // namespace

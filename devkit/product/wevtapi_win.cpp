@@ -7,7 +7,6 @@
 #include <mutex>
 
 #include "base/text.h"
-#include "base/text_win.h"
 #include "devkit/product/event_channels_win.h"
 #include "devkit/product/event_handles_win.h"
 #include "devkit/product/event_query.h"

@@ -45,16 +45,16 @@ std::optional<std::filesystem::path> FindInDrive(const std::filesystem::path& dr
 }
 
 std::string WhyWrongSize(const std::filesystem::path& file) {
-  constexpr uintmax_t kLeast = 1024;
-  constexpr uintmax_t kMost = 5 << 20;
+  constexpr uintmax_t kMin = 1024;
+  constexpr uintmax_t kMax = 5 << 20;
   std::error_code error;
   const uintmax_t size = std::filesystem::file_size(file, error);
   if (error) {
     return "no such file";
   }
-  return size < kLeast  ? "too small, " + std::to_string(size)
-         : size > kMost ? "too large, " + std::to_string(size)
-                        : "";
+  return size < kMin   ? "too small, " + std::to_string(size)
+         : size > kMax ? "too large, " + std::to_string(size)
+                       : "";
 }
 
 std::string WhyNoSample(const std::optional<std::filesystem::path>& file) {

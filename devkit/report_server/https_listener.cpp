@@ -144,7 +144,7 @@ struct HttpsListener::Server : httplib::SSLServer {
     // The library's own limit reads all that the peer sends and does not see chunked bodies.
     bool tooLarge = false;
     const bool whole = reader([&](const char* bytes, size_t size) {
-      tooLarge = size > owner.mostBodyBytes - request.body.size();
+      tooLarge = size > owner.maxBodyBytes - request.body.size();
       if (!tooLarge) {
         request.body.append(bytes, size);
       }
@@ -160,7 +160,7 @@ struct HttpsListener::Server : httplib::SSLServer {
 };
 
 HttpsListener::HttpsListener(Handler answering, size_t bodyLimit)
-    : handler(std::move(answering)), mostBodyBytes(bodyLimit) {}
+    : handler(std::move(answering)), maxBodyBytes(bodyLimit) {}
 
 HttpsListener::~HttpsListener() {
   Stop();

@@ -17,9 +17,9 @@ class HttpsListener {
   // Called from several threads at a time, once for each request, before its answer is sent.
   using Handler = std::function<HttpAnswer(const HttpRequest&)>;
 
-  // A body of more than `mostBodyBytes` is not read to its end and refused with status 413. The
+  // A body of more than `maxBodyBytes` is not read to its end and refused with status 413. The
   // handler sees requests that are refused, too, with their status and what was read of the body.
-  HttpsListener(Handler handler, size_t mostBodyBytes);
+  HttpsListener(Handler handler, size_t maxBodyBytes);
   ~HttpsListener();
   HttpsListener(const HttpsListener&) = delete;
   HttpsListener(HttpsListener&&) = delete;
@@ -41,7 +41,7 @@ class HttpsListener {
   struct Server;
 
   const Handler handler;
-  const size_t mostBodyBytes;
+  const size_t maxBodyBytes;
   std::unique_ptr<Server> server;
 };
 

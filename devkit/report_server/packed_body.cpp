@@ -45,13 +45,13 @@ bool Unpack(std::string_view packed, std::string& unpacked) {
   stream.avail_in = static_cast<uInt>(packed.size());
   std::array<char, 65536> block;
   int result = Z_OK;
-  while (result == Z_OK && unpacked.size() <= kMostUnpackedBytes) {
+  while (result == Z_OK && unpacked.size() <= kMaxUnpackedBytes) {
     stream.next_out = reinterpret_cast<Bytef*>(block.data());
     stream.avail_out = static_cast<uInt>(block.size());
     result = inflate(&stream, Z_NO_FLUSH);
     unpacked.append(block.data(), block.size() - stream.avail_out);
   }
-  return result == Z_STREAM_END && stream.avail_in == 0 && unpacked.size() <= kMostUnpackedBytes;
+  return result == Z_STREAM_END && stream.avail_in == 0 && unpacked.size() <= kMaxUnpackedBytes;
 }
 
 }  // namespace

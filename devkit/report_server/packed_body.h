@@ -23,7 +23,7 @@ struct PackedBodyCheck {
 };
 
 // The most that a body unpacks to; a stream that holds more counts as damaged.
-inline constexpr size_t kMostUnpackedBytes = size_t{512} << 20;
+inline constexpr size_t kMaxUnpackedBytes = size_t{512} << 20;
 
 PackedBodyCheck CheckPackedBody(std::string_view body, const ExpectedBody& expected);
 

@@ -43,7 +43,7 @@ bool IsJsonReport(std::string_view report) {
 ReportServer::ReportServer(ReportServerOptions startOptions)
     : options(std::move(startOptions)),
       listener([this](const HttpRequest& request) { return Handle(request); },
-               options.mostBodyBytes) {}
+               options.maxBodyBytes) {}
 
 bool ReportServer::Start(std::string* why) {
   if (!log.Open(options.store, why)) {

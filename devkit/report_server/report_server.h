@@ -24,7 +24,7 @@ struct ReportServerOptions {
   std::vector<Fault> faults{};    // act on every request that they concern
   std::string instructions = R"({"samples":{"quarantine":{"cnt":5,"vnflt":[]}}})";
   std::set<std::string> known{};  // SHA-1 digests of known samples, upper-case hexadecimal
-  size_t mostBodyBytes = size_t{512} << 20;
+  size_t maxBodyBytes = size_t{512} << 20;
 };
 
 // The report server of the product on loopback: it gives out tickets, takes and checks uploads,

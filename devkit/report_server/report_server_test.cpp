@@ -210,7 +210,7 @@ TEST_F(ReportServerTest, RedirectLeadsToTheSameRequestWithoutTheFault) {
 }
 
 TEST_F(ReportServerTest, BodyPastTheLimitIsRefused) {
-  Start({.mostBodyBytes = 1000});
+  Start({.maxBodyBytes = 1000});
   const std::string most(1000, 'x');
   const std::string tooMuch(1001, 'x');
   ASSERT_EQ(Get(kTicket).status, 200);

@@ -58,7 +58,7 @@ class SampleTable {
       Print({"submitted", "no record"});
       return;
     }
-    PathKeys handled(kMostPathKeys);
+    PathKeys handled(kMaxPathKeys);
     PrintFiles("submitted", submitted, SubmittedSamplePath, handled);
     PrintFiles("network",
                machine.RecordsSince(*from, [](int64_t fid) { return fid == 31 || fid == 47; }),
@@ -67,7 +67,7 @@ class SampleTable {
 
   void PrintFalsePositives() {
     if (const auto from = StartOf(kFalsePositiveTime, "false positive")) {
-      PathKeys handled(kMostPathKeys);
+      PathKeys handled(kMaxPathKeys);
       const auto isDetection = [](int64_t fid) { return fid == 1 || fid == 3 || fid == 4; };
       PrintFiles("false positive", machine.RecordsSince(*from, isDetection), FalsePositivePath,
                  handled);
@@ -89,9 +89,9 @@ class SampleTable {
     const json_t* element = nullptr;
     json_array_foreach(machine.QuarantineList(), index, element) {
       if (const auto entry = ReadQuarantineEntry(element)) {
-        const std::string why = entry->time < *from         ? "too old"
-                                : sent >= wishes->mostFiles ? "enough were sent"
-                                                            : WhyUnwanted(*entry, *wishes);
+        const std::string why = entry->time < *from        ? "too old"
+                                : sent >= wishes->maxFiles ? "enough were sent"
+                                                           : WhyUnwanted(*entry, *wishes);
         if (PrintFile({"quarantine", entry->path}, kQuarantineSource, why,
                       machine.WhyNoHeldSample(entry->id))) {
           ++sent;

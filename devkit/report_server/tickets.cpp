@@ -6,7 +6,7 @@ namespace ostrell {
 
 uint64_t Tickets::Issue(IssuedTicket ticket) {
   const std::scoped_lock lock(mutex);
-  if (issued.size() == kMostTickets) {
+  if (issued.size() == kMaxTickets) {
     issued.erase(issued.begin());
   }
   issued.emplace(next, std::move(ticket));

@@ -21,7 +21,7 @@ struct IssuedTicket {
 class Tickets {
  public:
   // The oldest ticket is forgotten when there are more.
-  static constexpr size_t kMostTickets = 10000;
+  static constexpr size_t kMaxTickets = 10000;
 
   explicit Tickets(uint64_t firstNumber) : next(firstNumber) {}
 

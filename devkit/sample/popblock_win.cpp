@@ -63,9 +63,9 @@ class BlockLog {
  public:
   // Gives up, and then says so, unless the database is open and has its table.
   explicit BlockLog(const wchar_t* path) {
-    constexpr int kMostWaiting = 10000;  // milliseconds
+    constexpr int kMaxWaiting = 10000;  // milliseconds
     isSound = sqlite3_open16(path, database.Receive()) == SQLITE_OK &&
-              sqlite3_busy_timeout(database.Get(), kMostWaiting) == SQLITE_OK &&
+              sqlite3_busy_timeout(database.Get(), kMaxWaiting) == SQLITE_OK &&
               Run("PRAGMA journal_mode=WAL") &&
               (HasTable() ||
                (Run("BEGIN IMMEDIATE") && Run(kSchema) && LogFirstEntries() && Run("COMMIT")));

@@ -8,14 +8,14 @@
 #include "app/run_limit.h"
 #include "app/start_up_win.h"
 #include "env/client_identity.h"
-#include "platform/crashsentry.h"
+#include "platform/closed_library.h"
 
 namespace ostrell {
 namespace {
 
 COstrellAppModule appModule;
 
-void Run() {
+void StartUp() {
   HardenProcess();
   LimitRun(kRunLimit);
   InstallCrashHandler();
@@ -38,7 +38,7 @@ void Run() {
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {
   try {
-    ostrell::Run();
+    ostrell::StartUp();
   } catch (...) {  // out of memory: the exit code says 0 whatever happened
   }
   return 0;

@@ -1,5 +1,7 @@
 #include "app/process_hardening_win.h"
 
+#include "base/system_function_win.h"
+
 namespace ostrell {
 namespace {
 
@@ -15,20 +17,13 @@ constexpr MitigationPolicy kPolicies[] = {
     {16, 1},  // ProcessRedirectionTrustPolicy: EnforceRedirectionTrust
 };
 
-template <class Function>
-Function KernelFunction(const char* name) {
-  const FARPROC found = GetProcAddress(GetModuleHandleW(L"kernel32"), name);
-  return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(found));
-}
-
 }  // namespace
 
 void HardenProcess() {
-  HardenProcess(
-      {.setMitigationPolicy = KernelFunction<decltype(ProcessProtectionApi::setMitigationPolicy)>(
-           "SetProcessMitigationPolicy"),
-       .setHeapInformation = KernelFunction<decltype(ProcessProtectionApi::setHeapInformation)>(
-           "HeapSetInformation")});
+  HardenProcess({.setMitigationPolicy = SystemFunction<decltype(SetProcessMitigationPolicy)>(
+                     L"kernel32", "SetProcessMitigationPolicy"),
+                 .setHeapInformation = SystemFunction<decltype(HeapSetInformation)>(
+                     L"kernel32", "HeapSetInformation")});
 }
 
 void HardenProcess(const ProcessProtectionApi& api) {

@@ -1,22 +1,19 @@
 #include <winsock2.h>
 
 #include "app/report_driver.h"
-#include "app/report_gate.h"
-#include "base/run_job.h"
-#include "env/report_clock.h"
-#include "platform/policydb.h"
-#include "reports/detection_log.h"
-#include "reports/machine_information.h"
-#include "reports/popup_block_log.h"
-#include "reports/samples.h"
-#include "reports/scan_statistics.h"
-#include "unified/client_id_provider.h"
-#include "unified/unified_report.h"
+#include "base/files_win.h"
+#include "base/registry_win.h"
+#include "env/client_identity.h"
+#include "eventlog/apis.h"
+#include "machine/system_facts_win.h"
+#include "platform/closed_library.h"
+#include "transport/report_url.h"
 
 namespace ostrell {
 
 void RunReportDriver() {
-  const Settings settings(OpenSettingsStore(FeatureName(kAppIdTable, kOwnAppId)));
+  const PolicyDb policydb(LoadPolicyDb());
+  const Settings settings(policydb.OpenSettingsStore(FeatureName(kAppIdTable, kOwnAppId)));
   WSADATA winsock;
   if (WSAStartup(MAKEWORD(2, 2), &winsock) != 0) {
     return;
@@ -25,17 +22,28 @@ void RunReportDriver() {
     return;  // Winsock stays up: the process ends right after
   }
 
-  // One instant for the whole run: every job measures and records with it.
-  const int64_t now = ReportClock();
-  JsonOwner serverInstructions;
-
-  RunJob(MachineInformationJob, settings, now, serverInstructions);
-  RunJob(DetectionLogJob, settings, now);
-  RunJob(PopupBlockJob, settings, now);
-  RunJob(SampleReports, settings, now, serverInstructions.Get());
-  RunJob(ScanStatsJob, settings, now);
-  DefaultClientIdProvider provider;
-  RunJob(post_unified_report, settings, now, provider);
+  const Svclink svclink(LoadSvclink());
+  const TraceLog traceLog(LoadTraceLog());
+  const WindowsFiles files;
+  const WindowsRegistry registry;
+  const WindowsFacts system;
+  const eventlog::EventLogApis eventLog{.modern = eventlog::LoadedEvtApi,
+                                        .classic = eventlog::SystemClassicEventLog,
+                                        .clock = &std::chrono::steady_clock::now};
+  RunReports({.settings = settings,
+              .now = ReportClock(),
+              .baseUrl = ReportServerBaseUrl(),
+              .machineIdentity = MachineIdentity().CStr(),
+              .clientId = ClientId().CStr(),
+              .paths = GetProductPaths(),
+              .policydb = policydb,
+              .svclink = svclink,
+              .traceLog = traceLog,
+              .files = files,
+              .registry = registry,
+              .system = system,
+              .clock = SystemClock(),
+              .eventLog = eventLog});
 
   WSACleanup();
 }

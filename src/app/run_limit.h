@@ -25,7 +25,7 @@ inline constexpr int64_t kMachineInformation = kAnswerLimits.total;
 inline constexpr int64_t kDetectionLog = kUpload;
 // Check, journal and schema each wait for a busy database; check and all else each work.
 inline constexpr int64_t kPopupLog =
-    (int64_t{3} * kBusyTimeoutMilliseconds + 2 * kMostWorkMilliseconds) / 1000 + kUpload;
+    (int64_t{3} * kBusyTimeoutMilliseconds + 2 * kMaxWorkMilliseconds) / 1000 + kUpload;
 // Submitted files, programs of network records, false positives, quarantine: the last file of each
 // begins with a question when its time is all but up.
 inline constexpr int64_t kSamples = 4 * (kSampleTimeBudget + kAnswerLimits.total + kUpload);

@@ -18,8 +18,8 @@ size_t CountJsonElements(std::string_view text) {
   return count;
 }
 
-JsonOwner ParseJson(std::string_view text, size_t mostElements) {
-  if (text.empty() || CountJsonElements(text) > mostElements) {
+JsonOwner ParseJson(std::string_view text, size_t maxElements) {
+  if (text.empty() || CountJsonElements(text) > maxElements) {
     return {};
   }
   return JsonOwner(json_loadb(text.data(), text.size(), 0, nullptr));

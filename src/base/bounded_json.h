@@ -12,13 +12,13 @@ namespace ostrell {
 
 // Elements are counted as opening brackets and commas outside of text, which is no less than half
 // of the values. This many cost less than 64 MiB.
-inline constexpr size_t kMostJsonElements = size_t{1} << 18;
+inline constexpr size_t kMaxJsonElements = size_t{1} << 18;
 
 // Elements of a text, which need not be JSON.
 size_t CountJsonElements(std::string_view text);
 
 // The array or object that is the whole of `text`. Nothing for damaged text, and for one of more
-// than `mostElements`, which is refused before anything is allocated.
-JsonOwner ParseJson(std::string_view text, size_t mostElements = kMostJsonElements);
+// than `maxElements`, which is refused before anything is allocated.
+JsonOwner ParseJson(std::string_view text, size_t maxElements = kMaxJsonElements);
 
 }  // namespace ostrell

@@ -22,8 +22,9 @@ class BoundedText {
 
   // printf-style formatting (base/print.h).
   template <class... Args>
-  static BoundedText Print(std::basic_string_view<Char> format, const Args&... args) {
-    return BoundedText(std::basic_string_view<Char>(ostrell::Print(format, args...)));
+  static BoundedText Print(PrintFormat<Char, std::type_identity_t<Args>...> format,
+                           const Args&... args) {
+    return BoundedText(std::basic_string_view<Char>(ostrell::Print<Args...>(format, args...)));
   }
 
   void Append(std::basic_string_view<Char> text) {

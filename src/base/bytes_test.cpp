@@ -41,11 +41,11 @@ TEST(ReadLittleEndian, WidthsAndEnds) {
 }
 
 TEST(WrappingDifference, WrapsInsteadOfOverflowing) {
-  constexpr int64_t kLeast = std::numeric_limits<int64_t>::min();
-  constexpr int64_t kMost = std::numeric_limits<int64_t>::max();
+  constexpr int64_t kMin = std::numeric_limits<int64_t>::min();
+  constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
   EXPECT_EQ(WrappingDifference(5, 7), -2);
-  EXPECT_EQ(WrappingDifference(0, kLeast), kLeast);
-  EXPECT_EQ(WrappingDifference(-2, kMost), kMost);
+  EXPECT_EQ(WrappingDifference(0, kMin), kMin);
+  EXPECT_EQ(WrappingDifference(-2, kMax), kMax);
 }
 
 }  // namespace

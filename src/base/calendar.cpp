@@ -31,6 +31,11 @@ std::optional<uint64_t> TicksFromSystemTime(const SystemTime& utc) {
          kTicksPerMillisecond;
 }
 
+int64_t SecondsSince1970(const SystemTime& utc) {
+  const auto ticks = TicksFromSystemTime(utc);
+  return ticks ? SecondsFromTicks(*ticks) : -1;
+}
+
 std::optional<SystemTime> SystemTimeFromTicks(uint64_t ticks) {
   if (static_cast<int64_t>(ticks) < 0) {
     return std::nullopt;

@@ -38,6 +38,9 @@ constexpr int64_t SecondsFromTicks(uint64_t ticks) {
 // day of the week is not looked at.
 std::optional<uint64_t> TicksFromSystemTime(const SystemTime& utc);
 
+// Seconds since 1970 of a time in UTC, the fraction dropped; -1 when it has no ticks.
+int64_t SecondsSince1970(const SystemTime& utc);
+
 // What FileTimeToSystemTime gives: nothing when the highest bit is set.
 std::optional<SystemTime> SystemTimeFromTicks(uint64_t ticks);
 

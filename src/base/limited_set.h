@@ -11,7 +11,7 @@ namespace ostrell {
 template <class Key>
 class LimitedSet {
  public:
-  explicit LimitedSet(size_t mostKeys) : limit(mostKeys) {}
+  explicit LimitedSet(size_t maxKeys) : limit(maxKeys) {}
 
   // True when the key is new; from then on it is not, unless it was forgotten.
   bool Add(Key key) noexcept {

@@ -53,4 +53,14 @@ class Owner {
   Handle handle = Traits::Empty();
 };
 
+// The owner of handles whose empty value is null and that one function closes, whatever it returns.
+template <class T, auto close>
+struct ClosedByTraits {
+  using Handle = T;
+  static Handle Empty() { return nullptr; }
+  static void Close(Handle handle) noexcept { close(handle); }
+};
+template <class T, auto close>
+using ClosedBy = Owner<ClosedByTraits<T, close>>;
+
 }  // namespace ostrell

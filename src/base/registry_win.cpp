@@ -1,11 +1,18 @@
 #include "base/registry_win.h"
 
-#include <cstring>
 #include <utility>
 
+#include "base/bytes.h"
 #include "base/registry_text.h"
 
 namespace ostrell {
+namespace {
+
+HKEY KeyOf(RegistryRoot root) {
+  return root == RegistryRoot::kMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+}  // namespace
 
 LSTATUS OpenRegistryKey(HKEY root, const wchar_t* subkey, REGSAM access, RegistryKey& key) {
   return RegOpenKeyExW(root, subkey, 0, access, key.Receive());
@@ -37,19 +44,28 @@ std::optional<std::wstring> ReadRegistryText(HKEY root, const wchar_t* subkey, c
   return TextOfRegistryValue(QueryRegistryValue(key.Get(), name, byteLimit));
 }
 
-std::optional<uint32_t> ReadRegistryDword(HKEY root, const wchar_t* subkey, const wchar_t* name) {
-  RegistryKey key;
-  if (OpenRegistryKey(root, subkey, KEY_READ, key) != ERROR_SUCCESS) {
+std::optional<std::wstring> WindowsRegistry::ReadText(RegistryRoot root, const wchar_t* key,
+                                                      const wchar_t* name,
+                                                      uint32_t byteLimit) const {
+  return ReadRegistryText(KeyOf(root), key, name, byteLimit);
+}
+
+std::optional<uint32_t> WindowsRegistry::ReadDword(RegistryRoot root, const wchar_t* key,
+                                                   const wchar_t* name) const {
+  RegistryKey opened;
+  if (OpenRegistryKey(KeyOf(root), key, KEY_READ, opened) != ERROR_SUCCESS) {
     return std::nullopt;
   }
-  uint32_t number = 0;
-  const RegistryValue value = QueryRegistryValue(key.Get(), name, sizeof(number));
-  if (value.error != ERROR_SUCCESS || value.type != REG_DWORD ||
-      value.data.size() != sizeof(number)) {
-    return std::nullopt;
+  const RegistryValue value = QueryRegistryValue(opened.Get(), name, sizeof(uint32_t));
+  return value.type == REG_DWORD ? ReadLittleEndian<uint32_t>(value.data, 0) : std::nullopt;
+}
+
+void WindowsRegistry::DeleteValue(RegistryRoot root, const wchar_t* key,
+                                  const wchar_t* name) const {
+  RegistryKey opened;
+  if (OpenRegistryKey(KeyOf(root), key, KEY_ALL_ACCESS, opened) == ERROR_SUCCESS) {
+    RegDeleteValueW(opened.Get(), name);
   }
-  std::memcpy(&number, value.data.data(), sizeof(number));
-  return number;
 }
 
 }  // namespace ostrell

@@ -9,15 +9,11 @@
 #include <vector>
 
 #include "base/owner.h"
+#include "base/registry.h"
 
 namespace ostrell {
 
-struct RegistryKeyTraits {
-  using Handle = HKEY;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle key) noexcept { RegCloseKey(key); }
-};
-using RegistryKey = Owner<RegistryKeyTraits>;
+using RegistryKey = ClosedBy<HKEY, &RegCloseKey>;
 
 // Opens an existing key in the process's own view. Returns 0 or a Windows error code; `key` is
 // empty on failure.
@@ -31,16 +27,19 @@ struct RegistryValue {
 };
 RegistryValue QueryRegistryValue(HKEY key, const wchar_t* name, DWORD byteLimit);
 
-// The text of a REG_SZ or REG_EXPAND_SZ value (not expanded), up to its first zero; a value of no
-// bytes is an empty text. Nothing when the value has another type, an odd byte count or no
-// terminating zero.
+// The text of a value and its reading, as Registry::ReadText has them.
 std::optional<std::wstring> TextOfRegistryValue(const RegistryValue& value);
-
-// The same read in one step; nothing too when key or value is missing or longer than `byteLimit`.
-std::optional<std::wstring> ReadRegistryText(HKEY root, const wchar_t* subkey, const wchar_t* name,
+std::optional<std::wstring> ReadRegistryText(HKEY root, const wchar_t* key, const wchar_t* name,
                                              DWORD byteLimit);
 
-// A REG_DWORD value of exactly four bytes; nothing otherwise.
-std::optional<uint32_t> ReadRegistryDword(HKEY root, const wchar_t* subkey, const wchar_t* name);
+// The registry of this machine.
+class WindowsRegistry : public Registry {
+ public:
+  std::optional<std::wstring> ReadText(RegistryRoot root, const wchar_t* key, const wchar_t* name,
+                                       uint32_t byteLimit) const override;
+  std::optional<uint32_t> ReadDword(RegistryRoot root, const wchar_t* key,
+                                    const wchar_t* name) const override;
+  void DeleteValue(RegistryRoot root, const wchar_t* key, const wchar_t* name) const override;
+};
 
 }  // namespace ostrell

@@ -21,10 +21,10 @@ class RegistryTest : public testing::Test {
     PrivateRegistry::SetBytes(HKEY_LOCAL_MACHINE, kSubkey, L"Value", type, bytes);
   }
   static std::optional<std::wstring> ReadText(DWORD byteLimit = 64) {
-    return ReadRegistryText(HKEY_LOCAL_MACHINE, kSubkey, L"Value", byteLimit);
+    return WindowsRegistry().ReadText(RegistryRoot::kMachine, kSubkey, L"Value", byteLimit);
   }
   static std::optional<uint32_t> ReadDword() {
-    return ReadRegistryDword(HKEY_LOCAL_MACHINE, kSubkey, L"Value");
+    return WindowsRegistry().ReadDword(RegistryRoot::kMachine, kSubkey, L"Value");
   }
 
   PrivateRegistry registry;
@@ -98,6 +98,19 @@ TEST_F(RegistryTest, DwordHasFourBytesAndItsType) {
     SetBytes(type, "\1\0\0\0"sv);
     EXPECT_EQ(ReadDword(), std::nullopt) << type;
   }
+}
+
+TEST_F(RegistryTest, RootsAreApartAndOnlyTheValueIsDeleted) {
+  const WindowsRegistry windows;
+  PrivateRegistry::SetBytes(HKEY_CURRENT_USER, kSubkey, L"Value", REG_DWORD, "\1\0\0\0"sv);
+  PrivateRegistry::SetBytes(HKEY_CURRENT_USER, kSubkey, L"Other", REG_DWORD, "\2\0\0\0"sv);
+  SetBytes(REG_DWORD, "\3\0\0\0"sv);
+  EXPECT_EQ(windows.ReadDword(RegistryRoot::kUser, kSubkey, L"Value"), 1U);
+  windows.DeleteValue(RegistryRoot::kUser, kSubkey, L"Value");
+  windows.DeleteValue(RegistryRoot::kUser, L"SOFTWARE\\Missing", L"Value");
+  EXPECT_EQ(windows.ReadDword(RegistryRoot::kUser, kSubkey, L"Value"), std::nullopt);
+  EXPECT_EQ(windows.ReadDword(RegistryRoot::kUser, kSubkey, L"Other"), 2U);
+  EXPECT_EQ(ReadDword(), 3U);
 }
 
 }  // namespace

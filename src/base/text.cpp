@@ -51,6 +51,15 @@ void AppendUtf8(std::string& text, char32_t codePoint) {
   }
 }
 
+void AppendWide(std::wstring& text, char32_t codePoint) {
+  if (sizeof(wchar_t) == 2 && codePoint >= 0x10000) {
+    text += static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10));
+    text += static_cast<wchar_t>(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+  } else {
+    text += static_cast<wchar_t>(codePoint);
+  }
+}
+
 }  // namespace
 
 bool IsBlank(char character) {
@@ -88,6 +97,45 @@ std::string Utf8FromWide(std::wstring_view text) {
     AppendUtf8(result, TakeCodePoint(text));
   }
   return result;
+}
+
+Utf8Character FirstCharacter(std::string_view text) {
+  if (text.empty()) {
+    return {Utf8Character::kNone, 0};
+  }
+  const auto lead = static_cast<unsigned char>(text.front());
+  if (lead < 0x80) {
+    return {lead, 1};
+  }
+  const Utf8Character stray = {Utf8Character::kStrayByte + lead, 1};
+  const size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+    return stray;
+  }
+  char32_t code = lead & (0x7Fu >> length);
+  for (const char next : text.substr(1, length - 1)) {
+    if ((next & 0xC0) != 0x80) {
+      return stray;
+    }
+    code = code << 6 | (next & 0x3Fu);
+  }
+  const bool isSurrogate = IsHighSurrogate(code) || IsLowSurrogate(code);
+  const bool isTooLong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  return isSurrogate || isTooLong || code > 0x10FFFF ? stray : Utf8Character{code, length};
+}
+
+std::optional<std::wstring> WideFromUtf8(std::string_view text) {
+  std::wstring wide;
+  wide.reserve(text.size());
+  while (!text.empty()) {
+    const Utf8Character next = FirstCharacter(text);
+    if (next.code >= Utf8Character::kStrayByte) {
+      return std::nullopt;
+    }
+    AppendWide(wide, next.code);
+    text.remove_prefix(next.length);
+  }
+  return wide;
 }
 
 }  // namespace ostrell

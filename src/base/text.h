@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,5 +31,20 @@ bool EqualsIgnoringCase(std::string_view text, std::string_view other);
 // UTF-8 of wide text: UTF-16 where wchar_t has 16 bits, UTF-32 elsewhere. A surrogate without its
 // partner, or a number past U+10FFFF, becomes U+FFFD, as WideCharToMultiByte does it.
 std::string Utf8FromWide(std::wstring_view text);
+
+// The other way round; nothing for text that is not UTF-8 (RFC 3629), as MultiByteToWideChar
+// refuses it with MB_ERR_INVALID_CHARS.
+std::optional<std::wstring> WideFromUtf8(std::string_view text);
+
+// A character of UTF-8 text, which need not be sound: a byte that belongs to no character is one of
+// its own, past the code points.
+struct Utf8Character {
+  static constexpr char32_t kStrayByte = 0x110000;  // plus the byte
+  static constexpr char32_t kNone = 0x120000;       // behind the last one
+
+  char32_t code;
+  size_t length;  // in bytes
+};
+Utf8Character FirstCharacter(std::string_view text);
 
 }  // namespace ostrell

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,8 +8,5 @@ namespace ostrell {
 // Wide text in the ANSI code page of the calling thread (CP_THREAD_ACP). Characters that the code
 // page lacks become its default character; empty when the conversion fails.
 std::string ThreadAnsiFromWide(std::wstring_view text);
-
-// Wide form of zero-terminated UTF-8 text; nothing for null, empty or damaged text.
-std::optional<std::wstring> WideFromUtf8(const char* text);
 
 }  // namespace ostrell

@@ -29,6 +29,24 @@ TEST(Utf8FromWide, AgreesWithTheSystemForEveryUnit) {
   }
 }
 
+// Every sequence of two bytes alone, and between three more, as the system takes or refuses it.
+TEST(WideFromUtf8, AgreesWithTheSystem) {
+  for (int value = 0x0101; value < 0x10000; ++value) {
+    const char first = static_cast<char>(value >> 8);
+    const char second = static_cast<char>(value);
+    for (const std::string& text :
+         {std::string{first, second}, std::string{first, second, '\x80', '\xBF', 'x'},
+          std::string{'\xE2', first, second}, std::string{first, second, '\xBF'}}) {
+      std::wstring system(8, L'\0');
+      const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
+                                           static_cast<int>(text.size()), system.data(), 8);
+      system.resize(static_cast<size_t>(size));
+      ASSERT_EQ(WideFromUtf8(text), size > 0 ? std::optional(system) : std::nullopt)
+          << std::hex << value;
+    }
+  }
+}
+
 TEST(ThreadAnsiFromWide, AsciiStaysAndEmptyStaysEmpty) {
   EXPECT_EQ(ThreadAnsiFromWide(L"{0F8FAD5B-D9CB-469F-A165-70867728950E}"),
             "{0F8FAD5B-D9CB-469F-A165-70867728950E}");

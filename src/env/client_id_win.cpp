@@ -16,7 +16,7 @@ namespace {
 
 constexpr wchar_t kKey[] = L"SOFTWARE\\Velmora\\Corvane\\app";
 constexpr wchar_t kValue[] = L"ClientID";
-constexpr DWORD kMostBytes = 520;
+constexpr DWORD kMaxBytes = 520;
 
 struct ComTextTraits {
   using Handle = wchar_t*;
@@ -53,7 +53,7 @@ void Store(const std::wstring& clientId) {
 }  // namespace
 
 IdentityText ReadOrMakeClientId() {
-  std::optional<std::wstring> text = ReadRegistryText(HKEY_LOCAL_MACHINE, kKey, kValue, kMostBytes);
+  std::optional<std::wstring> text = ReadRegistryText(HKEY_LOCAL_MACHINE, kKey, kValue, kMaxBytes);
   if (!text) {
     text = NewGuid();
     if (!text->empty()) {

@@ -3,9 +3,10 @@
 #include <cstdint>
 
 #include "base/bounded_text.h"
-#include "env/product_paths.h"
 
 namespace ostrell {
+
+struct Run;
 
 // At most 15 ASCII characters.
 using ProductVersionText = BoundedText<char, 16>;
@@ -14,9 +15,6 @@ using ProductVersionText = BoundedText<char, 16>;
 // at its ends. Returns 1 when it was read and is a dotted number list, 0 otherwise; a text that is
 // no such list stays in `version` all the same. Empty when the file is missing, is open for writing
 // elsewhere, or has 16 bytes or more: it is refused, not cut.
-int32_t ReadProductVersion(ProductVersionText& version);
-
-// The same for the given folder, which ends with a backslash.
-int32_t ReadProductVersion(const WidePathText& installFolder, ProductVersionText& version);
+int32_t ReadProductVersion(const Run& run, ProductVersionText& version);
 
 }  // namespace ostrell

@@ -22,7 +22,7 @@ uint64_t ReadVersion(const char* path, const Svclink& svclink) {
 
 }  // namespace
 
-uint64_t NewestSignatureVersion(const char* dataPath, const Svclink& svclink) {
+uint64_t NewestSignatureVersion(std::string_view dataPath, const Svclink& svclink) {
   uint64_t newest = 0;
   for (const std::string_view name : kSignatureFiles) {
     const auto path = PathText::Print("%ssigdb\\%s", dataPath, name);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "platform/svclink.h"
 
@@ -11,6 +12,6 @@ namespace ostrell {
 //
 // A file whose version does not fall below the newest so far is read a second time, and what that
 // second reading gives counts: a file that reads once and then fails resets the newest to 0.
-uint64_t NewestSignatureVersion(const char* dataPath, const Svclink& svclink);
+uint64_t NewestSignatureVersion(std::string_view dataPath, const Svclink& svclink);
 
 }  // namespace ostrell

@@ -15,7 +15,7 @@ constexpr uint32_t kEndOfFile = 38;
 constexpr uint32_t kInsufficientBuffer = 122;
 constexpr uint32_t kSequentialBackwards = 9;
 constexpr size_t kFirstBuffer = 65536;
-constexpr size_t kMostBuffer = 0x7FFFF;
+constexpr size_t kMaxBuffer = 0x7FFFF;
 
 constexpr size_t kFixedPart = 56;
 constexpr uint32_t kFirstQualifiedId = 0x40000000;  // severity and facility stand in the high half
@@ -138,7 +138,7 @@ std::optional<Bytes> LegacyEventLogReader::ReadOn(const ClassicLog& log,
       return read == 0 ? std::nullopt : ostrell::Slice(buffer, 0, read);
     }
     const uint32_t code = api.lastError();
-    if (code != kInsufficientBuffer || needed <= buffer.size() || needed > kMostBuffer) {
+    if (code != kInsufficientBuffer || needed <= buffer.size() || needed > kMaxBuffer) {
       if (code != kEndOfFile) {
         Fail(code);
       }

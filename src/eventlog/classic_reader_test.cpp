@@ -173,7 +173,7 @@ struct Reading {
   ReadingEnd end;
 };
 
-Reading ReadAll(FakeLog& log, bool isOpen = true, size_t mostTaken = 100000) {
+Reading ReadAll(FakeLog& log, bool isOpen = true, size_t maxTaken = 100000) {
   fakeLog = &log;
   LegacyEventLogReader reader(log.server, isOpen, kFake);
   Reading reading;
@@ -184,7 +184,7 @@ Reading ReadAll(FakeLog& log, bool isOpen = true, size_t mostTaken = 100000) {
   reading.end =
       reader.ReadEvents(L"Log", EventIdFilter(1, 99), budget, [&](const EventRecord& record) {
         reading.ids.push_back(record.eventId);
-        return reading.ids.size() < mostTaken;
+        return reading.ids.size() < maxTaken;
       });
   reading.error = reader.LastError();
   reading.closes = log.closes;

@@ -12,7 +12,7 @@ namespace eventlog {
 // What bounds the reading of one query, whatever the event log service answers.
 
 inline constexpr std::chrono::seconds kReadingTime{300};
-inline constexpr size_t kMostChannels = 65536;  // listed by the service, each counted every time
+inline constexpr size_t kMaxChannels = 65536;  // listed by the service, each counted every time
 
 // The time that one reading may take, from when it is made. The clock only has to go forward; each
 // call of the service counts as a whole, however long it takes.

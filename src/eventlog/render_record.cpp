@@ -12,7 +12,7 @@ namespace eventlog {
 namespace {
 
 constexpr uint32_t kRenderXml = 1;
-constexpr uint32_t kMostBytes = uint32_t{16} << 20;
+constexpr uint32_t kMaxBytes = uint32_t{16} << 20;
 
 // The text from `begin` up to the next `end`; nothing when that is empty or has no end.
 std::optional<std::wstring> ValueUpTo(std::wstring_view xml, size_t begin, std::wstring_view end) {
@@ -128,7 +128,7 @@ std::wstring RenderEventXml(void* context, void* event, const EvtApi& api) {
   uint32_t bytes = 0;
   uint32_t properties = 0;
   api.render(context, event, kRenderXml, 0, nullptr, &bytes, &properties);
-  if (bytes == 0 || bytes > kMostBytes) {
+  if (bytes == 0 || bytes > kMaxBytes) {
     return {};
   }
   std::vector<wchar_t> buffer(bytes);

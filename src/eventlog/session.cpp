@@ -132,8 +132,8 @@ std::set<std::wstring> EventLogSession::EnumerateChannels(const TimeBudget& budg
   for (size_t listed = 0;
        enumeration && api.nextChannelPath(enumeration.Get().value, path.size(), path.data(), &used);
        ++listed) {
-    if (listed == kMostChannels || budget.IsSpent()) {
-      end = listed == kMostChannels ? ReadingEnd::kTooManyChannels : ReadingEnd::kOutOfTime;
+    if (listed == kMaxChannels || budget.IsSpent()) {
+      end = listed == kMaxChannels ? ReadingEnd::kTooManyChannels : ReadingEnd::kOutOfTime;
       break;
     }
     channels.emplace(path.begin(), std::ranges::find(path, L'\0'));

@@ -144,7 +144,7 @@ class SessionTest : public testing::Test {
     std::vector<EventRecord> records;
     end = session.QueryEvents(L"System", L"P", filter, TimeBudget(clock), [&](EventRecord record) {
       records.push_back(std::move(record));
-      return records.size() < mostTaken;
+      return records.size() < maxTaken;
     });
     lastError = session.LastError();
     return records;
@@ -153,7 +153,7 @@ class SessionTest : public testing::Test {
   FakeService fake;
   CompositeFilter filter;
   TimeBudget::Clock clock = [] { return std::chrono::steady_clock::time_point(); };
-  size_t mostTaken = 1000000;
+  size_t maxTaken = 1000000;
   ReadingEnd end{};
   std::wstring lastError;
 };
@@ -241,7 +241,7 @@ TEST_F(SessionTest, ReadingEndsWhenItsTimeIsSpent) {
 TEST_F(SessionTest, ReadingEndsWhenTheTakerSaysSo) {
   fake.isEndless = true;
   fake.events = {Event(1)};
-  mostTaken = 100;
+  maxTaken = 100;
   EXPECT_EQ(Query().size(), 100u);
   EXPECT_EQ(end, ReadingEnd::kStopped);
 }

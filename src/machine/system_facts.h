@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 namespace ostrell {
 
@@ -20,24 +19,14 @@ struct VersionFacts {
 // The operating-system family code, report field "s"; 0 for a system that the table does not name.
 uint32_t FamilyCode(const VersionFacts& facts);
 
+// Report field "x": 2 on an ARM64 machine, else 1 on an x64 processor, else 0.
+uint32_t ProcessorClass(bool x64Processor, uint16_t nativeMachine);
+
 struct OperatingSystem {
   uint32_t family;
   bool x64Processor;
   uint32_t build;
 };
-// Nothing when neither version query works.
-std::optional<OperatingSystem> QueryOperatingSystem();
-
-// Native machine type of IsWow64Process2 (IMAGE_FILE_MACHINE_*); 0 when unavailable. Kept for the
-// process after the first non-zero answer.
-uint16_t NativeMachine();
-
-// Report field "x": 2 on an ARM64 machine, else 1 on an x64 processor, else 0.
-uint32_t ProcessorClass(bool x64Processor, uint16_t nativeMachine);
-
-// A file's fixed version as "%d.%d.%d.%d"; empty when the file has none or cannot be read. WOW64
-// redirection is off for the reading.
-std::string ReadFileVersion(const wchar_t* path);
 
 struct KernelVersion {
   uint32_t major;
@@ -45,7 +34,27 @@ struct KernelVersion {
   uint32_t build;
   uint32_t revision;
 };
-// The version of ntoskrnl.exe; nothing when it cannot be read.
-std::optional<KernelVersion> ReadKernelVersion();
+
+// Asks the system at every call.
+class SystemFacts {
+ public:
+  SystemFacts() = default;
+  SystemFacts(const SystemFacts&) = delete;
+  SystemFacts& operator=(const SystemFacts&) = delete;
+  virtual ~SystemFacts() = default;
+
+  // Nothing when neither version query works.
+  virtual std::optional<OperatingSystem> QueryOperatingSystem() const = 0;
+
+  // Native machine type of IsWow64Process2 (IMAGE_FILE_MACHINE_*); 0 when unavailable. The first
+  // answer that is not 0 is kept.
+  virtual uint16_t NativeMachine() const = 0;
+
+  // The version of ntoskrnl.exe; nothing when it cannot be read.
+  virtual std::optional<KernelVersion> ReadKernelVersion() const = 0;
+
+  // True on Windows Vista and later; false when the version cannot be found.
+  virtual bool HasModernEventLog() const = 0;
+};
 
 }  // namespace ostrell

@@ -6,26 +6,25 @@
 #include <vector>
 
 #include "base/print.h"
+#include "base/system_function_win.h"
 
 namespace ostrell {
 namespace {
 
 constexpr UINT kWindowsDirectorySize = 512;  // characters
 
-template <class Function>
-Function* FindFunction(const wchar_t* module, const char* name) {
-  const HMODULE loaded = GetModuleHandleW(module);
-  if (loaded == nullptr) {
-    return nullptr;
-  }
-  return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(GetProcAddress(loaded, name)));
-}
-
 OSVERSIONINFOEXW EmptyVersion() {
   OSVERSIONINFOEXW version{};
   static_assert(sizeof(version) == 284);
   version.dwOSVersionInfoSize = sizeof(version);
   return version;
+}
+
+// What RtlGetVersion says; nothing when it is missing or fails.
+std::optional<OSVERSIONINFOEXW> QueryRtlVersion(const SystemApi& api) {
+  OSVERSIONINFOEXW version = EmptyVersion();
+  return api.rtlGetVersion && api.rtlGetVersion(&version) >= 0 ? std::optional(version)
+                                                               : std::nullopt;
 }
 
 std::optional<OSVERSIONINFOEXW> QueryVersion(const SystemApi& api) {
@@ -37,50 +36,16 @@ std::optional<OSVERSIONINFOEXW> QueryVersion(const SystemApi& api) {
                                                                             : std::nullopt;
 }
 
-// As long as this lives, a 32-bit process sees the real System32 folder.
-class WithoutFileRedirection {
- public:
-  explicit WithoutFileRedirection(const SystemApi& systemApi)
-      : api(systemApi),
-        isOff(api.disableRedirection && api.revertRedirection &&
-              api.disableRedirection(&oldValue)) {}
-  ~WithoutFileRedirection() {
-    if (isOff) {
-      api.revertRedirection(oldValue);
-    }
-  }
-  WithoutFileRedirection(const WithoutFileRedirection&) = delete;
-  WithoutFileRedirection(WithoutFileRedirection&&) = delete;
-  WithoutFileRedirection& operator=(const WithoutFileRedirection&) = delete;
-  WithoutFileRedirection& operator=(WithoutFileRedirection&&) = delete;
-
- private:
-  const SystemApi& api;
-  void* oldValue = nullptr;
-  bool isOff;
-};
-
 }  // namespace
 
-const SystemApi& SystemApi::Loaded() {
-  static const SystemApi api = {
-      .rtlGetVersion = FindFunction<LONG(OSVERSIONINFOEXW*)>(L"ntdll.dll", "RtlGetVersion"),
-      .isWow64Process2 =
-          FindFunction<decltype(IsWow64Process2)>(L"Kernel32.dll", "IsWow64Process2"),
-      .disableRedirection = FindFunction<decltype(Wow64DisableWow64FsRedirection)>(
-          L"kernel32", "Wow64DisableWow64FsRedirection"),
-      .revertRedirection = FindFunction<decltype(Wow64RevertWow64FsRedirection)>(
-          L"kernel32", "Wow64RevertWow64FsRedirection")};
-  return api;
+SystemApi SystemApi::Loaded() {
+  return {.rtlGetVersion = SystemFunction<LONG(OSVERSIONINFOEXW*)>(L"ntdll.dll", "RtlGetVersion"),
+          .isWow64Process2 =
+              SystemFunction<decltype(::IsWow64Process2)>(L"Kernel32.dll", "IsWow64Process2"),
+          .redirection = RedirectionApi::Loaded()};
 }
 
-std::optional<OSVERSIONINFOEXW> QueryRtlVersion(const SystemApi& api) {
-  OSVERSIONINFOEXW version = EmptyVersion();
-  return api.rtlGetVersion && api.rtlGetVersion(&version) >= 0 ? std::optional(version)
-                                                               : std::nullopt;
-}
-
-std::optional<OperatingSystem> QueryOperatingSystem(const SystemApi& api) {
+std::optional<OperatingSystem> WindowsFacts::QueryOperatingSystem() const {
   const auto version = QueryVersion(api);
   if (!version) {
     return std::nullopt;
@@ -100,17 +65,18 @@ std::optional<OperatingSystem> QueryOperatingSystem(const SystemApi& api) {
                          .build = facts.build};
 }
 
-uint16_t NativeMachine(const SystemApi& api) {
+uint16_t WindowsFacts::NativeMachine() const {
   USHORT process = 0;
   USHORT native = 0;
-  if (!api.isWow64Process2 || !api.isWow64Process2(GetCurrentProcess(), &process, &native)) {
-    return 0;
+  if (machine == 0 && api.isWow64Process2 &&
+      api.isWow64Process2(GetCurrentProcess(), &process, &native)) {
+    machine = native;
   }
-  return native;
+  return machine;
 }
 
-std::string ReadFileVersion(const SystemApi& api, const wchar_t* path) {
-  const WithoutFileRedirection guard(api);
+std::string WindowsFacts::ReadFileVersion(const wchar_t* path) const {
+  const RealFileSystem real(api.redirection);
   DWORD ignored = 0;
   std::vector<std::byte> resource(GetFileVersionInfoSizeW(path, &ignored));
   void* root = nullptr;
@@ -126,23 +92,7 @@ std::string ReadFileVersion(const SystemApi& api, const wchar_t* path) {
                HIWORD(fixed->dwFileVersionLS), LOWORD(fixed->dwFileVersionLS));
 }
 
-std::optional<OperatingSystem> QueryOperatingSystem() {
-  return QueryOperatingSystem(SystemApi::Loaded());
-}
-
-uint16_t NativeMachine() {
-  static uint16_t machine = 0;
-  if (machine == 0) {
-    machine = NativeMachine(SystemApi::Loaded());
-  }
-  return machine;
-}
-
-std::string ReadFileVersion(const wchar_t* path) {
-  return ReadFileVersion(SystemApi::Loaded(), path);
-}
-
-std::optional<KernelVersion> ReadKernelVersion() {
+std::optional<KernelVersion> WindowsFacts::ReadKernelVersion() const {
   std::array<wchar_t, kWindowsDirectorySize> directory;
   const UINT length = GetWindowsDirectoryW(directory.data(), kWindowsDirectorySize);
   if (length == 0 || length >= directory.size()) {
@@ -155,6 +105,11 @@ std::optional<KernelVersion> ReadKernelVersion() {
     return std::nullopt;
   }
   return version;
+}
+
+bool WindowsFacts::HasModernEventLog() const {
+  const auto version = QueryRtlVersion(api);
+  return version && version->dwMajorVersion >= 6;
 }
 
 }  // namespace ostrell

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/redirection_win.h"
 #include "machine/system_facts.h"
 
 namespace ostrell {
@@ -16,24 +17,31 @@ namespace ostrell {
 struct SystemApi {
   std::function<LONG(OSVERSIONINFOEXW*)> rtlGetVersion;
   std::function<decltype(IsWow64Process2)> isWow64Process2;
-  std::function<decltype(Wow64DisableWow64FsRedirection)> disableRedirection;
-  std::function<decltype(Wow64RevertWow64FsRedirection)> revertRedirection;
+  RedirectionApi redirection;
   std::function<decltype(GetVersionExW)> getVersionEx = GetVersionExW;
   std::function<decltype(GetNativeSystemInfo)> getNativeSystemInfo = GetNativeSystemInfo;
   std::function<decltype(GetSystemMetrics)> getSystemMetrics = GetSystemMetrics;
 
-  // The running system.
-  static const SystemApi& Loaded();
+  // The running system's.
+  static SystemApi Loaded();
 };
 
-// What RtlGetVersion says; nothing when it is missing or fails.
-std::optional<OSVERSIONINFOEXW> QueryRtlVersion(const SystemApi& api);
+class WindowsFacts : public SystemFacts {
+ public:
+  explicit WindowsFacts(SystemApi functions = SystemApi::Loaded()) : api(std::move(functions)) {}
 
-std::optional<OperatingSystem> QueryOperatingSystem(const SystemApi& api);
+  std::optional<OperatingSystem> QueryOperatingSystem() const override;
+  uint16_t NativeMachine() const override;
+  std::optional<KernelVersion> ReadKernelVersion() const override;
+  bool HasModernEventLog() const override;
 
-// Asks anew at every call.
-uint16_t NativeMachine(const SystemApi& api);
+  // A file's fixed version as "%d.%d.%d.%d"; empty when the file has none or cannot be read. The
+  // path means what it means to a 64-bit process.
+  std::string ReadFileVersion(const wchar_t* path) const;
 
-std::string ReadFileVersion(const SystemApi& api, const wchar_t* path);
+ private:
+  SystemApi api;
+  mutable uint16_t machine = 0;
+};
 
 }  // namespace ostrell

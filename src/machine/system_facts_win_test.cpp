@@ -37,7 +37,8 @@ class OperatingSystemTest : public testing::Test {
     api.getSystemMetrics = [this](int index) { return index == SM_SERVERR2 ? serverR2 : 0; };
   }
 
-  uint32_t Family() { return QueryOperatingSystem(api).value().family; }
+  std::optional<OperatingSystem> Query() const { return WindowsFacts(api).QueryOperatingSystem(); }
+  uint32_t Family() const { return Query().value().family; }
 
   OSVERSIONINFOEXW record{284, 6, 3, 9600, 2, L"", 0, 0, 0, VER_NT_WORKSTATION, 0};
   LONG rtlResult = 0;
@@ -50,7 +51,7 @@ class OperatingSystemTest : public testing::Test {
 
 TEST_F(OperatingSystemTest, RtlGetVersionIsAskedFirst) {
   versionExResult = FALSE;
-  const auto system = QueryOperatingSystem(api);
+  const auto system = Query();
   ASSERT_TRUE(system);
   EXPECT_EQ(system->family, 15U);
   EXPECT_EQ(system->build, 9600U);
@@ -63,9 +64,9 @@ TEST_F(OperatingSystemTest, GetVersionExStandsIn) {
   rtlResult = static_cast<LONG>(0xC0000001);
   EXPECT_EQ(Family(), 13U);
   versionExResult = FALSE;
-  EXPECT_FALSE(QueryOperatingSystem(api));
+  EXPECT_FALSE(Query());
   api.rtlGetVersion = nullptr;
-  EXPECT_FALSE(QueryOperatingSystem(api));
+  EXPECT_FALSE(Query());
   versionExResult = TRUE;
   EXPECT_EQ(Family(), 13U);
 }
@@ -75,34 +76,48 @@ TEST_F(OperatingSystemTest, ProcessorTypeAndArchitectureAreApart) {
   record.dwMinorVersion = 2;
   processorType = PROCESSOR_INTEL_PENTIUM;
   EXPECT_EQ(Family(), 6U);
-  EXPECT_FALSE(QueryOperatingSystem(api)->x64Processor);
+  EXPECT_FALSE(Query()->x64Processor);
   architecture = PROCESSOR_ARCHITECTURE_INTEL;
   processorType = PROCESSOR_AMD_X8664;
   EXPECT_EQ(Family(), 7U);
-  EXPECT_TRUE(QueryOperatingSystem(api)->x64Processor);
+  EXPECT_TRUE(Query()->x64Processor);
   serverR2 = 1;
   EXPECT_EQ(Family(), 8U);
 }
 
+// The modern interface came with version 6.0; GetVersionEx has no say.
+TEST_F(OperatingSystemTest, ModernEventLogIsToldByRtlGetVersion) {
+  EXPECT_TRUE(WindowsFacts(api).HasModernEventLog());
+  record.dwMajorVersion = 5;
+  EXPECT_FALSE(WindowsFacts(api).HasModernEventLog());
+  record.dwMajorVersion = 10;
+  EXPECT_TRUE(WindowsFacts(api).HasModernEventLog());
+  rtlResult = -1;
+  EXPECT_FALSE(WindowsFacts(api).HasModernEventLog());
+  api.rtlGetVersion = nullptr;
+  EXPECT_FALSE(WindowsFacts(api).HasModernEventLog());
+}
+
 TEST(SystemFactsWinTest, NativeMachineIsTheSecondAnswer) {
   SystemApi api;
-  EXPECT_EQ(NativeMachine(api), 0);
+  EXPECT_EQ(WindowsFacts(api).NativeMachine(), 0);
   api.isWow64Process2 = [](HANDLE, USHORT* process, USHORT* native) {
     *process = 0x14C;
     *native = 0xAA64;
     return TRUE;
   };
-  EXPECT_EQ(NativeMachine(api), 0xAA64);
+  EXPECT_EQ(WindowsFacts(api).NativeMachine(), 0xAA64);
   api.isWow64Process2 = [](HANDLE, auto, auto) { return FALSE; };
-  EXPECT_EQ(NativeMachine(api), 0);
+  EXPECT_EQ(WindowsFacts(api).NativeMachine(), 0);
 }
 
 TEST(SystemFactsWinTest, TheRunningSystemAnswers) {
-  const auto system = QueryOperatingSystem();
+  const WindowsFacts facts;
+  const auto system = facts.QueryOperatingSystem();
   ASSERT_TRUE(system);
   EXPECT_GE(system->family, 9U);
-  EXPECT_NE(NativeMachine(), 0);
-  EXPECT_EQ(NativeMachine(), NativeMachine(SystemApi::Loaded()));
+  EXPECT_NE(facts.NativeMachine(), 0);
+  EXPECT_TRUE(facts.HasModernEventLog());
 }
 
 // A version resource: block header, key, VS_FIXEDFILEINFO of `valueLength` bytes.
@@ -139,7 +154,7 @@ class FileVersionTest : public testing::Test {
                                 static_cast<DWORD>(resource.size())));
     EXPECT_TRUE(EndUpdateResourceW(update, FALSE));
   }
-  std::string Read() { return ReadFileVersion(api, path.c_str()); }
+  std::string Read() { return WindowsFacts(api).ReadFileVersion(path.c_str()); }
 
   const std::filesystem::path path =
       std::filesystem::temp_directory_path() /
@@ -151,7 +166,7 @@ TEST_F(FileVersionTest, HasFourUnsignedPartsMostSignificantFirst) {
   EXPECT_EQ(Read(), "");  // no resource
   Put(VersionResource(0x000A0000, 0x585D1234, sizeof(VS_FIXEDFILEINFO)));
   EXPECT_EQ(Read(), "10.0.22621.4660");
-  EXPECT_EQ(ReadFileVersion(path.c_str()), "10.0.22621.4660");
+  EXPECT_EQ(WindowsFacts().ReadFileVersion(path.c_str()), "10.0.22621.4660");
   Put(VersionResource(0xFFFF0001, 0x80000000, sizeof(VS_FIXEDFILEINFO)));
   EXPECT_EQ(Read(), "65535.1.32768.0");
   Put(VersionResource(0x000A0000, 0x585D1234, 16));  // cut
@@ -162,12 +177,12 @@ TEST_F(FileVersionTest, RedirectionIsOffForTheReading) {
   std::vector<std::string> calls;
   int old = 0;
   BOOL answer = TRUE;
-  api.disableRedirection = [&](void** oldValue) {
+  api.redirection.disable = [&](void** oldValue) {
     calls.emplace_back("disable");
     *oldValue = &old;
     return answer;
   };
-  api.revertRedirection = [&](void* oldValue) {
+  api.redirection.revert = [&](void* oldValue) {
     calls.emplace_back(oldValue == &old ? "revert" : "revert to something else");
     return TRUE;
   };
@@ -175,7 +190,7 @@ TEST_F(FileVersionTest, RedirectionIsOffForTheReading) {
   EXPECT_EQ(Read(), "1.2.3.4");
   EXPECT_THAT(calls, ElementsAre("disable", "revert"));
   calls.clear();
-  EXPECT_EQ(ReadFileVersion(api, L"C:\\no such folder\\x.exe"), "");
+  EXPECT_EQ(WindowsFacts(api).ReadFileVersion(L"C:\\no such folder\\x.exe"), "");
   EXPECT_THAT(calls, ElementsAre("disable", "revert"));
   // Where it cannot be switched off, there is nothing to restore.
   calls.clear();
@@ -188,11 +203,12 @@ TEST(SystemFactsWinTest, KernelVersionIsThatOfItsFile) {
   std::array<wchar_t, MAX_PATH> directory{};
   GetSystemDirectoryW(directory.data(), MAX_PATH);
   const std::wstring path = std::wstring(directory.data()) + L"\\ntoskrnl.exe";
-  const auto kernel = ReadKernelVersion();
+  const WindowsFacts facts;
+  const auto kernel = facts.ReadKernelVersion();
   ASSERT_TRUE(kernel);
   EXPECT_EQ(std::to_string(kernel->major) + "." + std::to_string(kernel->minor) + "." +
                 std::to_string(kernel->build) + "." + std::to_string(kernel->revision),
-            ReadFileVersion(path.c_str()));
+            facts.ReadFileVersion(path.c_str()));
 }
 
 }  // namespace

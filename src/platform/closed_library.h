@@ -1,33 +1,21 @@
 #pragma once
 
-#include <cstdint>
+#include "platform/policydb.h"
+#include "platform/svclink.h"
+#include "platform/tracelog.h"
 
 namespace ostrell {
 
-// One of the product's closed libraries, loaded at run time from the program's own directory by
-// full path, so that no other folder can supply it. It stays loaded until the process ends. A
-// library or entry that is missing is null, and its wrapper then acts as on any failure of it.
-class ClosedLibrary {
- public:
-  // `fileName` is the bare name, such as L"policydb.dll".
-  explicit ClosedLibrary(const wchar_t* fileName);
+// The product's closed libraries, loaded at run time from the program's own directory by full path,
+// so that no other folder can supply them. They stay loaded until the process ends. A library or
+// entry that is missing is null in the table, and its wrapper then acts as on any failure of it;
+// all are missing where the program's path has 260 characters or more.
+PolicyDbEntries LoadPolicyDb();  // "policydb.dll"
+SvclinkEntries LoadSvclink();    // "svclink.dll"
+TraceLogEntries LoadTraceLog();  // "tracelog.dll"
 
-  template <class Function>
-  Function ByOrdinal(uint16_t ordinal) const {
-    // GetProcAddress takes an ordinal in the place of the name.
-    // NOLINTNEXTLINE(performance-no-int-to-ptr)
-    return reinterpret_cast<Function>(Find(reinterpret_cast<const char*>(uintptr_t{ordinal})));
-  }
-  template <class Function>
-  Function ByName(const char* name) const {
-    return reinterpret_cast<Function>(Find(name));
-  }
-
- private:
-  using Address = void (*)();
-  Address Find(const char* nameOrOrdinal) const;
-
-  void* module = nullptr;
-};
+// Loads "crashsentry.dll" and calls its InstallCrashSentry(0). The library is optional: without it,
+// or without the export, nothing happens.
+void InstallCrashHandler();
 
 }  // namespace ostrell

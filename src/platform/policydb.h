@@ -74,13 +74,35 @@ using SettingsStoreOwner = Owner<PolicyObjectTraits<SettingsStore>>;
 using PolicyDocumentOwner = Owner<PolicyObjectTraits<PolicyDocument>>;
 using QuarantineOwner = Owner<PolicyObjectTraits<Quarantine>>;
 
-// The settings section of `feature`; empty without library, entry or section.
-SettingsStoreOwner OpenSettingsStore(const char* feature);
+// The library's exports by ordinal; a missing one is null.
+struct PolicyDbEntries {
+  PolicyDocument* (*openDocument)(int32_t document, const char* dataPath);  // ordinal 9
+  Quarantine* (*openQuarantine)();                                          // ordinal 10
+  SettingsStore* (*openSettingsStore)(const char* feature);                 // ordinal 13
+};
 
-// The document of that number under `dataPath`; empty without library, entry or document.
-PolicyDocumentOwner OpenPolicyDocument(int32_t document, const char* dataPath);
+// Each opens an object, or is empty without entry or object.
+class PolicyDb {
+ public:
+  explicit PolicyDb(const PolicyDbEntries& resolved) : entries(resolved) {}
 
-// The product's quarantine; empty without library, entry or quarantine.
-QuarantineOwner OpenQuarantine();
+  SettingsStoreOwner OpenSettingsStore(const char* feature) const {
+    return SettingsStoreOwner(
+        entries.openSettingsStore != nullptr ? entries.openSettingsStore(feature) : nullptr);
+  }
+
+  // The document of that number under `dataPath`.
+  PolicyDocumentOwner OpenDocument(int32_t document, const char* dataPath) const {
+    return PolicyDocumentOwner(
+        entries.openDocument != nullptr ? entries.openDocument(document, dataPath) : nullptr);
+  }
+
+  QuarantineOwner OpenQuarantine() const {
+    return QuarantineOwner(entries.openQuarantine != nullptr ? entries.openQuarantine() : nullptr);
+  }
+
+ private:
+  PolicyDbEntries entries;
+};
 
 }  // namespace ostrell

@@ -59,7 +59,7 @@ struct SvclinkTraits {
 using SvclinkObjectOwner = Owner<SvclinkTraits<SvclinkObject>>;
 using SvclinkRecordOwner = Owner<SvclinkTraits<SvclinkRecord>>;
 
-// The library's exports by ordinal; a missing one is null. Tests put their own in place.
+// The library's exports by ordinal; a missing one is null.
 struct SvclinkEntries {
   int32_t (*queryKind)(SvclinkObject*, uint32_t* kind, int32_t);    // ordinal 2
   SvclinkObject* (*createObject)(int32_t kind);                     // ordinal 10
@@ -69,9 +69,6 @@ struct SvclinkEntries {
 class Svclink {
  public:
   explicit Svclink(const SvclinkEntries& resolved) : entries(resolved) {}
-
-  // The library beside the program, loaded on first use.
-  static const Svclink& Loaded();
 
   // A signature file opened for reading, and an empty memory stream. Empty on any failure.
   SvclinkObjectOwner OpenSignatureFile(const char* path) const;

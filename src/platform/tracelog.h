@@ -2,32 +2,53 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 #include "base/print.h"
 
 namespace ostrell {
 
-// One message to the product's logging library, "tracelog.dll"; without it messages go nowhere.
-//
-//   TraceLogger("post_unified_report", __LINE__, 1)(L"Collected %u total items", count);
-class TraceLogger {
- public:
-  // The operation that logs, the line of the statement and the level.
-  TraceLogger(const char* loggingOperation, int32_t sourceLine, int32_t logLevel)
-      : operation(loggingOperation), line(sourceLine), level(logLevel) {}
+// The product's logging library, "tracelog.dll". Without it messages go nowhere.
+struct TraceLogEntries {
+  // Export "TraceLogWrite". Text is borrowed for the call.
+  void (*write)(const char* operation, int32_t line, int32_t level, const wchar_t* text);
+};
 
-  // A wide printf-style format (base/print.h) and its arguments.
-  template <class... Args>
-  void operator()(const wchar_t* format, const Args&... args) const {
-    Write(Print(std::wstring_view(format), args...));
+class TraceLog {
+ public:
+  explicit TraceLog(const TraceLogEntries& resolved) : entries(resolved) {}
+
+  void Write(const char* operation, int32_t line, int32_t level, const std::wstring& text) const {
+    if (entries.write != nullptr) {
+      entries.write(operation, line, level, text.c_str());
+    }
   }
 
  private:
-  void Write(const std::wstring& text) const;
+  TraceLogEntries entries;
+};
 
+// One message of an operation; it carries the line of the statement and the one level in use.
+//
+//   TraceLogger(run.traceLog, "post_unified_report")(L"Collected %u total items", count);
+class TraceLogger {
+ public:
+  TraceLogger(const TraceLog& traceLog, const char* loggingOperation,
+              int32_t sourceLine = __builtin_LINE())
+      : log(traceLog), operation(loggingOperation), line(sourceLine) {}
+
+  template <class... Args>
+  void operator()(PrintFormat<wchar_t, std::type_identity_t<Args>...> format,
+                  const Args&... args) const {
+    log.Write(operation, line, kLevel, Print<Args...>(format, args...));
+  }
+
+ private:
+  static constexpr int32_t kLevel = 1;
+
+  const TraceLog& log;
   const char* operation;
   int32_t line;
-  int32_t level;
 };
 
 }  // namespace ostrell

@@ -11,10 +11,6 @@ namespace ostrell {
 // come from a library and may be anything: a member of another type counts as json_unpack counts
 // it, an integer of more than 32 bits by its low ones. Text may have any length and is not copied.
 
-// The records of [from, to], in seconds since 1970: those of the reported kinds and those that the
-// user submitted, as KeepDetectionRecords leaves them. Nothing when there is none. Windows only.
-JsonOwner CollectDetectionRecords(int64_t from, int64_t to);
-
 // Drops malformed records and those that are one event with an earlier one, and flattens the rest,
 // in place and in order. Nothing when none is left.
 JsonOwner KeepDetectionRecords(const JsonOwner& records);

@@ -10,7 +10,7 @@ JsonOwner KeepFirstOfEach(const JsonOwner& records,
                           std::optional<uint32_t> (*fingerprintOf)(json_t* record),
                           json_t* (*entryOf)(json_t* record)) {
   JsonOwner kept(json_array());
-  LimitedSet<uint32_t> met(kMostFingerprints);
+  LimitedSet<uint32_t> met(kMaxFingerprints);
   size_t index = 0;
   json_t* record = nullptr;
   json_array_foreach(records.Get(), index, record) {

@@ -22,7 +22,7 @@ inline uint32_t ChainFingerprint(uint32_t fingerprint, std::string_view bytes) {
 }
 
 // The most fingerprints that a report remembers; records past them are taken unasked.
-inline constexpr size_t kMostFingerprints = 0x1fffffff;
+inline constexpr size_t kMaxFingerprints = 0x1fffffff;
 
 // The first record of each fingerprint, in their order, as `entryOf` gives it: a value that the
 // record holds, or itself. A record without fingerprint is dropped. Nothing when none is left.

@@ -1,9 +1,35 @@
 #include "reports/popup_block_log.h"
 
 #include "reports/fingerprint.h"
+#include "reports/record_query.h"
+#include "reports/windowed_report.h"
+#include "store/record_store.h"
+#include "store/schema.h"
 
 namespace ostrell {
 namespace {
+
+constexpr size_t kPopupDatabase = 24;
+static_assert(kDatabaseNames[kPopupDatabase] == "adblkuser.db");
+
+bool HasSchema(sqlite3* database) {
+  const MutexHold held = HoldMutex(database);
+  return EnsureSchema(database) == 1;
+}
+
+JsonOwner FetchPopupRows(const Run& run, json_t* query) {
+  Connection database;
+  if (OpenRecordStore(run.paths.databases[kPopupDatabase].CStr(), database) == 1 &&
+      !HasSchema(database.Get())) {
+    CloseRecordStore(database);
+  }
+  uint64_t leftOut = 0;
+  JsonOwner rows = FetchBlockItems(database, query, &leftOut);
+  if (leftOut > 0) {
+    TraceLogger(run.traceLog, "FetchBlockItems")(L"Pop-up block log: %llu rows left out", leftOut);
+  }
+  return rows;
+}
 
 json_t* EntryOf(json_t* row) {
   return json_object_get(row, "detail");
@@ -16,6 +42,19 @@ std::optional<uint32_t> FingerprintOfEntry(json_t* row) {
 }
 
 }  // namespace
+
+void PopupBlockJob(const Run& run) {
+  RunWindowedReport(run, kPopupBlockLogTime,
+                    [&run](int64_t from) { return SendPopupBlockReport(run, from, run.now); });
+}
+
+int32_t SendPopupBlockReport(const Run& run, int64_t from, int64_t to) {
+  return SendRecords(PopupBlockLogUrl(OriginOf(run)), CollectPopupBlockEntries(run, from, to));
+}
+
+JsonOwner CollectPopupBlockEntries(const Run& run, int64_t from, int64_t to) {
+  return KeepPopupEntries(FetchPopupRows(run, RecordsInRange(from, to).Get()));
+}
 
 JsonOwner KeepPopupEntries(const JsonOwner& rows) {
   return KeepFirstOfEach(rows, FingerprintOfEntry, EntryOf);

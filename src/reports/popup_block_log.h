@@ -3,23 +3,23 @@
 #include <cstdint>
 
 #include "base/json.h"
-#include "env/settings.h"
+#include "env/run.h"
 
 namespace ostrell {
 
 // rc5, the pop-up block log report: what the product's pop-up blocker and its kin have blocked
 // since the last report. Gating and recording are those of rc2 (detection_log.h), under a key of
 // its own.
-void PopupBlockJob(const Settings& settings, int64_t now);
+void PopupBlockJob(const Run& run);
 
 // Sends the entries of [from, to], in seconds since 1970. Returns 1 when they were uploaded, else
 // 0.
-int32_t SendPopupBlockReport(int64_t from, int64_t to);
+int32_t SendPopupBlockReport(const Run& run, int64_t from, int64_t to);
 
 // The entries of [from, to], newest first, as KeepPopupEntries leaves them, from the product's
 // pop-up block database. That is opened, repaired and made as record_store.h says. Nothing when it
-// does not open or holds none. Windows only.
-JsonOwner CollectPopupBlockEntries(int64_t from, int64_t to);
+// does not open or holds none.
+JsonOwner CollectPopupBlockEntries(const Run& run, int64_t from, int64_t to);
 
 // The "detail" objects of the rows that name a "product_name", each as it stands, without those
 // whose fingerprint an earlier one has. Nothing when none is left.

@@ -2,17 +2,53 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
+#include "base/byte_buffer.h"
 #include "base/wildcard.h"
 #include "reports/detection_kinds.h"
+#include "reports/sample_upload.h"
 
 namespace ostrell {
+namespace {
+
+// What a stream holds, from its beginning; nothing when it is no sample's size or is cut.
+std::optional<ByteBuffer> ReadSample(SvclinkObject& stream) {
+  const int64_t size = stream.size != nullptr ? stream.size(&stream) : -1;
+  if (size < 0 || !IsSampleSize(static_cast<uint64_t>(size)) || stream.read == nullptr) {
+    return std::nullopt;
+  }
+  auto sample = AllocateBytes(static_cast<size_t>(size));
+  const bool isRead =
+      sample && stream.read(&stream, 0, sample->data(), static_cast<uint32_t>(size)) == size;
+  return isRead ? std::move(sample) : std::nullopt;
+}
+
+std::optional<ByteBuffer> Restore(const Run& run, Quarantine& quarantine, int64_t id) {
+  const SvclinkObjectOwner stream = run.svclink.OpenStream();
+  if (!stream || !assumed::IsRestored(quarantine.Restore(id, stream.Get()))) {
+    return std::nullopt;
+  }
+  return ReadSample(*stream.Get());
+}
+
+// Asks for the entry and sends its file; false when it was not sent.
+bool SendEntry(const Run& run, Quarantine& quarantine, const QuarantineEntry& entry) {
+  if (AskSampleKnown(run, entry.sha1, entry.path, SampleSource::kQuarantine) !=
+      SampleAnswer::kUnknown) {
+    return false;
+  }
+  const auto file = Restore(run, quarantine, entry.id);
+  return file && SendSample(run, entry.sha1, *file);
+}
+
+}  // namespace
 
 std::optional<QuarantineInstructions> ReadQuarantineInstructions(const json_t* answer) {
   const json_t* const wishes = json_object_get(json_object_get(answer, "samples"), "quarantine");
-  const auto mostFiles = IntegerMember(wishes, "cnt");
-  return mostFiles
-             ? std::optional(QuarantineInstructions{*mostFiles, json_object_get(wishes, "vnflt")})
+  const auto maxFiles = IntegerMember(wishes, "cnt");
+  return maxFiles
+             ? std::optional(QuarantineInstructions{*maxFiles, json_object_get(wishes, "vnflt")})
              : std::nullopt;
 }
 
@@ -48,7 +84,7 @@ bool MatchesAnyPattern(std::string_view text, const json_t* patterns) {
 
 int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
                           const QuarantineInstructions& instructions, const SendHeldFile& send,
-                          const SampleClock& clock) {
+                          const Clock& clock) {
   const SampleTimeBudget budget(clock);
   int32_t sent = 0;
   size_t index = 0;
@@ -58,7 +94,7 @@ int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
     if (!entry || entry->time < from) {
       continue;
     }
-    if (sent >= instructions.mostFiles) {
+    if (sent >= instructions.maxFiles) {
       return 1;
     }
     if (budget.IsSpent()) {
@@ -69,6 +105,19 @@ int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
     }
   }
   return 1;
+}
+
+int32_t QuarantineJob(const Run& run, int64_t from, const json_t* instructions) {
+  const QuarantineOwner quarantine = run.policydb.OpenQuarantine();
+  const JsonOwner list(quarantine ? quarantine->List() : nullptr);
+  const auto wishes = ReadQuarantineInstructions(instructions);
+  if (!list || !wishes) {
+    return 0;
+  }
+  const auto send = [&](const QuarantineEntry& entry) {
+    return SendEntry(run, *quarantine.Get(), entry);
+  };
+  return RunQuarantinePass(list, from, *wishes, send, run.clock);
 }
 
 }  // namespace ostrell

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "base/json.h"
+#include "env/run.h"
 #include "reports/sample_pass.h"
 
 namespace ostrell {
@@ -12,13 +13,13 @@ namespace ostrell {
 
 // What the server wants of the quarantine: in its answer to rc1, under "samples"."quarantine".
 struct QuarantineInstructions {
-  int32_t mostFiles;     // "cnt": sent in one run
+  int32_t maxFiles;      // "cnt": sent in one run
   const json_t* barred;  // "vnflt": patterns of detection names, borrowed; null for none
 };
 // Nothing unless "cnt" is there, an integer.
 std::optional<QuarantineInstructions> ReadQuarantineInstructions(const json_t* answer);
 
-// An entry of the quarantine's list. The texts live as long as the entry and are terminated.
+// An entry of the quarantine's list. The texts live as long as the entry.
 struct QuarantineEntry {
   int64_t id;
   uint32_t kind;  // of "fid", without the mark of what the user submitted
@@ -46,11 +47,11 @@ using SendHeldFile = std::function<bool(const QuarantineEntry& entry)>;
 // same entries, and what was sent the server knows by then.
 int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
                           const QuarantineInstructions& instructions, const SendHeldFile& send,
-                          const SampleClock& clock);
+                          const Clock& clock);
 
 // Runs the pass over the product's quarantine, sending the held files that the server does not
 // know. 0 also when the quarantine does not open or gives no list, or the server has given no
-// instructions. Windows only.
-int32_t QuarantineJob(int64_t from, const json_t* instructions);
+// instructions.
+int32_t QuarantineJob(const Run& run, int64_t from, const json_t* instructions);
 
 }  // namespace ostrell

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/fake_machine.h"
+
 namespace ostrell {
 namespace {
 
@@ -16,7 +18,7 @@ JsonOwner Load(const std::string& text) {
 TEST(QuarantineInstructions, NeedACount) {
   const struct {
     const char* answer;
-    int32_t mostFiles;  // -1: none
+    int32_t maxFiles;  // -1: none
     bool hasPatterns;
   } cases[] = {
       {R"({"samples": {"quarantine": {"cnt": 3, "vnflt": ["a"]}}})", 3, true},
@@ -26,12 +28,12 @@ TEST(QuarantineInstructions, NeedACount) {
       {R"({"samples": [{"cnt": 3}]})", -1, false},
       {R"([])", -1, false},
   };
-  for (const auto& [text, mostFiles, hasPatterns] : cases) {
+  for (const auto& [text, maxFiles, hasPatterns] : cases) {
     const JsonOwner answer = Load(text);
     const auto read = ReadQuarantineInstructions(answer.Get());
-    ASSERT_EQ(read.has_value(), mostFiles >= 0) << text;
+    ASSERT_EQ(read.has_value(), maxFiles >= 0) << text;
     if (read) {
-      EXPECT_EQ(read->mostFiles, mostFiles) << text;
+      EXPECT_EQ(read->maxFiles, maxFiles) << text;
       EXPECT_EQ(read->barred != nullptr, hasPatterns) << text;
     }
   }
@@ -64,7 +66,7 @@ TEST(QuarantineEntry, NeedsAllMembers) {
 
 TEST(QuarantineEntry, IsWantedByKindAndName) {
   const JsonOwner patterns = Load(R"(["", 7, "eicar", "test/*"])");
-  const QuarantineInstructions instructions{.mostFiles = 1, .barred = patterns.Get()};
+  const QuarantineInstructions instructions{.maxFiles = 1, .barred = patterns.Get()};
   const auto isWanted = [&](uint32_t kind, const char* name) {
     return IsWanted({0, kind, "", "", name, 0}, instructions);
   };
@@ -94,10 +96,10 @@ JsonOwner Entries(const std::vector<int>& ids) {
 TEST(QuarantinePass, TakesWhatIsWantedUpToTheCount) {
   const JsonOwner barred = Load(R"(["barred"])");
   const struct {
-    int32_t mostFiles;
+    int32_t maxFiles;
     std::vector<int64_t> asked;
   } cases[] = {{-1, {}}, {0, {}}, {1, {10, 12}}, {2, {10, 12, 13}}, {9, {10, 12, 13, 14}}};
-  for (const auto& [mostFiles, expected] : cases) {
+  for (const auto& [maxFiles, expected] : cases) {
     const JsonOwner entries = Entries({9, 10, 11, 12, 13, 14});
     json_array_insert_new(entries.Get(), 0, json_integer(1));
     json_object_set_new(json_array_get(entries.Get(), 3), "vn", json_string("Barred"));
@@ -106,17 +108,17 @@ TEST(QuarantinePass, TakesWhatIsWantedUpToTheCount) {
       asked.push_back(entry.id);
       return entry.id != 10;  // known to the server, or not to be had
     };
-    EXPECT_EQ(RunQuarantinePass(entries, 10, {mostFiles, barred.Get()}, send, [] { return 0; }), 1);
-    EXPECT_EQ(asked, expected) << mostFiles;
+    EXPECT_EQ(RunQuarantinePass(entries, 10, {maxFiles, barred.Get()}, send, FakeClock(0)), 1);
+    EXPECT_EQ(asked, expected) << maxFiles;
   }
   const auto never = [](const QuarantineEntry&) { return ADD_FAILURE(), false; };
-  EXPECT_EQ(RunQuarantinePass(Entries({}), 0, {1, nullptr}, never, [] { return 0; }), 1);
+  EXPECT_EQ(RunQuarantinePass(Entries({}), 0, {1, nullptr}, never, FakeClock(0)), 1);
 }
 
 TEST(QuarantinePass, IsTriedAgainWhenTheTimeIsSpent) {
   const struct {
     std::vector<int> ids;
-    int32_t mostFiles;
+    int32_t maxFiles;
     size_t sent;
     int32_t result;
   } cases[] = {
@@ -124,16 +126,15 @@ TEST(QuarantinePass, IsTriedAgainWhenTheTimeIsSpent) {
       {{1, 2, 3}, 9, 3, 1},        // it was the last one
       {{1, 2, 3, 4, 5}, 3, 3, 1},  // the server wants no more
   };
-  for (const auto& [ids, mostFiles, expected, result] : cases) {
-    int64_t now = 5000;
+  for (const auto& [ids, maxFiles, expected, result] : cases) {
+    FakeClock clock(5000);
     size_t sent = 0;
     const auto send = [&](const QuarantineEntry&) {
       ++sent;
-      now += 450;
+      clock.now += 450;
       return true;
     };
-    EXPECT_EQ(RunQuarantinePass(Entries(ids), 0, {mostFiles, nullptr}, send, [&] { return now; }),
-              result);
+    EXPECT_EQ(RunQuarantinePass(Entries(ids), 0, {maxFiles, nullptr}, send, clock), result);
     EXPECT_EQ(sent, expected);
   }
 }

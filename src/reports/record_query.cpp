@@ -38,4 +38,10 @@ JsonOwner RecordsInRangeWithNegativeId(int64_t start, int64_t end) {
                     JsonOwner(json_pack("{s:s,s:s,s:i}", "c", "<", "n", "fid", "v", 0)));
 }
 
+JsonOwner RunRecordQuery(const Run& run, json_t* descriptor) {
+  constexpr int32_t kRecordStore = 0;
+  const auto store = run.policydb.OpenDocument(kRecordStore, run.paths.data.utf8.CStr());
+  return UnlessEmpty(JsonOwner(store ? store->Query(descriptor) : nullptr));
+}
+
 }  // namespace ostrell

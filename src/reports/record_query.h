@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/json.h"
+#include "env/run.h"
 
 namespace ostrell {
 
@@ -20,7 +21,7 @@ JsonOwner RecordsInRangeWithIds(int64_t start, int64_t end, std::span<const int3
 JsonOwner RecordsInRangeWithNegativeId(int64_t start, int64_t end);
 
 // Runs a query in the record store of the product's data path. The records, at least one; nothing
-// when the store does not open, refuses the descriptor or finds no record. Windows only.
-JsonOwner RunRecordQuery(json_t* descriptor);
+// when the store does not open, refuses the descriptor or finds no record.
+JsonOwner RunRecordQuery(const Run& run, json_t* descriptor);
 
 }  // namespace ostrell

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 
 #include "base/arithmetic.h"
 #include "base/bytes.h"
@@ -41,14 +40,14 @@ std::optional<std::string_view> FalsePositivePath(const json_t* record) {
   return isWanted ? TextMember(detail, "pathname") : std::nullopt;
 }
 
-SampleTimeBudget::SampleTimeBudget(SampleClock source) : clock(std::move(source)), began(clock()) {}
+SampleTimeBudget::SampleTimeBudget(const Clock& source) : clock(source), began(clock.Now()) {}
 
 bool SampleTimeBudget::IsSpent() const {
-  return WrappingDifference(clock(), began) > kSampleTimeBudget;
+  return WrappingDifference(clock.Now(), began) > kSampleTimeBudget;
 }
 
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
-                   const std::function<void(const char* path)>& submit, const SampleClock& clock) {
+                   const std::function<void(std::string_view path)>& submit, const Clock& clock) {
   const SampleTimeBudget budget(clock);
   size_t index = 0;
   json_t* record = nullptr;
@@ -58,7 +57,7 @@ void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& han
     }
     const auto path = pathOf(record);
     if (path && handled.Add(PathKey(*path))) {
-      submit(path->data());
+      submit(*path);
     }
   }
 }

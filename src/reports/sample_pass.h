@@ -8,6 +8,7 @@
 
 #include "base/json.h"
 #include "base/limited_set.h"
+#include "env/report_clock.h"
 
 namespace ostrell {
 
@@ -19,10 +20,10 @@ uint64_t PathKey(std::string_view path);
 
 // The files that a run has handled. One past the limit is handled again.
 using PathKeys = LimitedSet<uint64_t>;
-inline constexpr size_t kMostPathKeys = 0xfffffff;
+inline constexpr size_t kMaxPathKeys = 0xfffffff;
 
 // Which file a record names, UTF-8; nothing when the record is skipped. The text lives as long as
-// the record and is terminated.
+// the record.
 using PathOfRecord = std::optional<std::string_view>(const json_t* record);
 
 // What the user submitted: the path of the record, or else that of its master process.
@@ -33,28 +34,25 @@ PathOfRecord NetworkProgramPath;
 // and "solid" and "result" are 0.
 PathOfRecord FalsePositivePath;
 
-// Seconds since 1970, as ReportClock gives them.
-using SampleClock = std::function<int64_t()>;
-
 // Seconds that a pass over samples may take; the last one is begun in time and not cut short.
 inline constexpr int64_t kSampleTimeBudget = 900;
 
 // The time of one pass, from the construction of this object on.
 class SampleTimeBudget {
  public:
-  explicit SampleTimeBudget(SampleClock source);
+  explicit SampleTimeBudget(const Clock& source);
 
   // True once more than kSampleTimeBudget has passed: then the pass begins with no further sample.
   bool IsSpent() const;
 
  private:
-  SampleClock clock;
+  const Clock& clock;
   int64_t began;
 };
 
 // Calls `submit` for the file of each record whose key is new to `handled`. Ends before the next
 // record once the time is spent.
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
-                   const std::function<void(const char* path)>& submit, const SampleClock& clock);
+                   const std::function<void(std::string_view path)>& submit, const Clock& clock);
 
 }  // namespace ostrell

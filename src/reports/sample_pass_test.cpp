@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/fake_machine.h"
+
 namespace ostrell {
 namespace {
 
@@ -84,10 +86,10 @@ TEST(SamplePass, EachFileOnce) {
     spellings.push_back(path);
   }
   spellings.emplace_back("c:\\other.exe");
-  PathKeys handled(kMostPathKeys);
+  PathKeys handled(kMaxPathKeys);
   std::vector<std::string> submitted;
-  const auto submit = [&](const char* path) { submitted.emplace_back(path); };
-  const auto clock = [] { return int64_t{0}; };
+  const auto submit = [&](std::string_view path) { submitted.emplace_back(path); };
+  const FakeClock clock(0);
   RunSamplePass(Records(spellings), NetworkProgramPath, handled, submit, clock);
   EXPECT_THAT(submitted, ElementsAre("c:\\abcdefghijklmn.exe", "c:\\other.exe"));
 
@@ -98,15 +100,14 @@ TEST(SamplePass, EachFileOnce) {
 }
 
 TEST(SamplePass, EndsWhenTheTimeIsSpent) {
-  PathKeys handled(kMostPathKeys);
+  PathKeys handled(kMaxPathKeys);
   std::vector<std::string> submitted;
-  int64_t now = 5000;
-  const auto submit = [&](const char* path) {
+  FakeClock clock(5000);
+  const auto submit = [&](std::string_view path) {
     submitted.emplace_back(path);
-    now += 450;
+    clock.now += 450;
   };
-  RunSamplePass(Records({"a", "b", "c", "d", "e"}), NetworkProgramPath, handled, submit,
-                [&] { return now; });
+  RunSamplePass(Records({"a", "b", "c", "d", "e"}), NetworkProgramPath, handled, submit, clock);
   EXPECT_THAT(submitted, ElementsAre("a", "b", "c"));  // the third begins at 900 seconds sharp
 }
 

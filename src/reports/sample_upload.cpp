@@ -2,9 +2,8 @@
 
 #include "base/hex.h"
 #include "base/sha1.h"
-#include "env/client_identity.h"
+#include "reports/windowed_report.h"
 #include "transport/http.h"
-#include "transport/report_url.h"
 #include "transport/upload_report.h"
 
 namespace ostrell {
@@ -19,28 +18,31 @@ std::string SampleDigest(std::span<const std::byte> file) {
   return UpperHex(Sha1::Of(file));
 }
 
-int32_t AskSampleKnown(const char* sha1Text, int32_t& known, std::string_view path,
-                       SampleSource source) {
+SampleAnswer AskSampleKnown(const Run& run, std::string_view sha1Text, std::string_view path,
+                            SampleSource source) {
   const auto escaped = EscapeForUrl(path);
   if (!escaped) {
-    return 0;
+    return SampleAnswer::kNoAnswer;
   }
-  const auto url = ReportUrl<kSampleQuestionUrlSize>::Print(
-      kSampleQuestionUrl, ReportServerBaseUrl(), MachineIdentity().CStr(), sha1Text,
-      static_cast<int32_t>(source), *escaped, ClientId().CStr());
+  const auto url =
+      SampleQuestionUrl(OriginOf(run), sha1Text, static_cast<int32_t>(source), *escaped);
   int32_t status = 0;
-  if (!HttpGet(url.CStr(), DiscardBody, &status) ||
-      (status != kStatusKnown && status != kStatusUnknown)) {
-    return 0;
+  if (!HttpGet(url.CStr(), DiscardBody, &status)) {
+    return SampleAnswer::kNoAnswer;
   }
-  known = status == kStatusKnown ? 1 : 0;
-  return 1;
+  switch (status) {
+    case kStatusKnown:
+      return SampleAnswer::kKnown;
+    case kStatusUnknown:
+      return SampleAnswer::kUnknown;
+    default:
+      return SampleAnswer::kNoAnswer;
+  }
 }
 
-int32_t SendSample(const char* sha1Text, std::span<const std::byte> file) {
-  const auto url = ReportUrl<>::Print(kSampleUploadUrl, ReportServerBaseUrl(),
-                                      MachineIdentity().CStr(), sha1Text, ClientId().CStr());
-  return UploadReport(url.CStr(), file.data(), static_cast<uint32_t>(file.size()));
+bool SendSample(const Run& run, std::string_view sha1Text, std::span<const std::byte> file) {
+  const auto url = SampleUploadUrl(OriginOf(run), sha1Text);
+  return UploadReport(url.CStr(), file.data(), static_cast<uint32_t>(file.size())) == 1;
 }
 
 }  // namespace ostrell

@@ -24,20 +24,26 @@ std::string Length(uint64_t length) {
 }
 
 // A file that may say another length than it has, and whose reading may fail although it fills.
-struct File {
-  std::string bytes;
-  uint64_t size = bytes.size();
-  size_t failing = 0;           // the number of a reading, from 1
-  std::vector<size_t> asked{};  // bytes, of each reading
+struct File : OpenFile {
+  explicit File(std::string content, std::optional<uint64_t> length = {}, size_t failingRead = 0)
+      : bytes(std::move(content)), size(length.value_or(bytes.size())), failing(failingRead) {}
 
-  std::optional<std::string> Payload() {
-    size_t position = 0;
-    const auto payload = ReadScanStatistics(size, [&](std::span<std::byte> to) {
-      asked.push_back(to.size());
-      const size_t taken = bytes.copy(reinterpret_cast<char*>(to.data()), to.size(), position);
-      position += taken;
-      return taken == to.size() && asked.size() != failing;
-    });
+  std::string bytes;
+  uint64_t size;
+  size_t failing;                       // the number of a reading, from 1
+  mutable std::vector<size_t> asked{};  // bytes, of each reading
+
+  std::optional<uint64_t> Size() const override { return size; }
+  std::optional<size_t> ReadAt(uint64_t offset, std::span<std::byte> to) const override {
+    asked.push_back(to.size());
+    const size_t taken = offset < bytes.size()
+                             ? bytes.copy(reinterpret_cast<char*>(to.data()), to.size(), offset)
+                             : 0;
+    return asked.size() != failing ? std::optional(taken) : std::nullopt;
+  }
+
+  std::optional<std::string> Payload() const {
+    const auto payload = ReadScanStatistics(*this);
     return payload ? std::optional(std::string(TextOf(*payload))) : std::nullopt;
   }
 };
@@ -50,19 +56,20 @@ TEST(ScanStatistics, ReadsSoundFilesOnly) {
     File file;
     std::optional<std::string> payload;
   } cases[] = {
-      {"sound", {sound}, payload},
-      {"more behind it", {sound + "more"}, payload},
-      {"empty payload", {std::string(4, '\0') + kUnread + Length(0)}, ""},
-      {"other CRC", {kUnread + kUnread + Length(22) + payload}, std::nullopt},
-      {"one byte changed", {kCrc + kUnread + Length(22) + "Payload of the scanner"}, std::nullopt},
-      {"header alone", {kCrc + kUnread + Length(22)}, std::nullopt},
-      {"half a header", {kCrc + kUnread + "\x16"}, std::nullopt},
-      {"nothing", {""}, std::nullopt},
-      {"cut since its length was told", {sound.substr(0, 37), 38}, std::nullopt},
-      {"header not to be read", {sound, 38, 1}, std::nullopt},
-      {"payload not to be read", {sound, 38, 2}, std::nullopt},
+      {"sound", File(sound), payload},
+      {"more behind it", File(sound + "more"), payload},
+      {"empty payload", File(std::string(4, '\0') + kUnread + Length(0)), ""},
+      {"other CRC", File(kUnread + kUnread + Length(22) + payload), std::nullopt},
+      {"one byte changed", File(kCrc + kUnread + Length(22) + "Payload of the scanner"),
+       std::nullopt},
+      {"header alone", File(kCrc + kUnread + Length(22)), std::nullopt},
+      {"half a header", File(kCrc + kUnread + "\x16"), std::nullopt},
+      {"nothing", File(""), std::nullopt},
+      {"cut since its length was told", File(sound.substr(0, 37), 38), std::nullopt},
+      {"header not to be read", File(sound, 38, 1), std::nullopt},
+      {"payload not to be read", File(sound, 38, 2), std::nullopt},
   };
-  for (auto [what, file, expected] : cases) {
+  for (const auto& [what, file, expected] : cases) {
     EXPECT_EQ(file.Payload(), expected) << what;
   }
 }
@@ -80,11 +87,11 @@ TEST(ScanStatistics, AsksForNoMoreThanThereIs) {
       {uint64_t{1} << 63, 38, {16}},
       {~uint64_t{0}, 38, {16}},
       {~uint64_t{0} - 15, kFile, {16}},
-      {268435456, kFile, {16, 268435456}},
+      {268435456, kFile, {16, 1048576}},
       {268435457, kFile, {16}},
   };
   for (const auto& [length, fileSize, asked] : cases) {
-    File file{kCrc + kUnread + Length(length), fileSize};
+    const File file(kCrc + kUnread + Length(length), fileSize);
     EXPECT_EQ(file.Payload(), std::nullopt);
     EXPECT_EQ(file.asked, asked) << length << " of " << fileSize;
   }

@@ -3,29 +3,29 @@
 #include <utility>
 
 #include "base/run_job.h"
-#include "env/client_identity.h"
-#include "transport/report_url.h"
 #include "transport/upload_json.h"
 
 namespace ostrell {
 
-void RunWindowedReport(const Settings& settings, int64_t now, const ReportTime& report,
+void RunWindowedReport(const Run& run, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send) {
   RunJob([&] {
-    const ReportWindow window = ReadReportWindow(settings, report.key, now);
-    if (IsDue(report, window, now) && send(window.start) == 1) {
-      WriteLastReportTime(settings, report.key, now);
+    const ReportWindow window = ReadReportWindow(run.settings, report.key, run.now);
+    if (IsDue(report, window, run.now) && send(window.start) == 1) {
+      WriteLastReportTime(run.settings, report.key, run.now);
     }
   });
 }
 
-int32_t SendRecords(std::string_view urlTemplate, JsonOwner records) {
+int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url, JsonOwner records) {
   if (json_array_size(records.Get()) == 0) {
     return 0;
   }
-  const auto url = ReportUrl<kLogReportUrlSize>::Print(urlTemplate, ReportServerBaseUrl(),
-                                                       MachineIdentity().CStr(), ClientId().CStr());
   return UploadJson(url.CStr(), std::move(records)).value_or(0);
+}
+
+ReportOrigin OriginOf(const Run& run) {
+  return {.baseUrl = run.baseUrl, .machineIdentity = run.machineIdentity, .clientId = run.clientId};
 }
 
 }  // namespace ostrell

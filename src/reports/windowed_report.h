@@ -2,24 +2,27 @@
 
 #include <cstdint>
 #include <functional>
-#include <string_view>
 
 #include "base/json.h"
 #include "env/report_schedule.h"
-#include "env/settings.h"
+#include "env/run.h"
+#include "transport/report_url.h"
 
 namespace ostrell {
 
 // The shape of the reports that cover a window of time: rc2, rc5 and the three of rc3.
 
-// Runs `send` with the start of the window where the report is due, and records `now` when it
-// returns 1 and there is a store. What `send` throws is a failure like any other. Times are those
-// of report_schedule.h. Without a store a window of seven days is sent on every run.
-void RunWindowedReport(const Settings& settings, int64_t now, const ReportTime& report,
+// Runs `send` with the start of the window where the report is due, and records the time of the run
+// when it returns 1 and there is a store. What `send` throws is a failure like any other. Times are
+// those of report_schedule.h. Without a store a window of seven days is sent on every run.
+void RunWindowedReport(const Run& run, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send);
 
-// Uploads an array of records as JSON. `urlTemplate` takes the base URL, the machine identity and
-// the client id. Returns 1 on success; 0 also when there is no record or the text cannot be made.
-int32_t SendRecords(std::string_view urlTemplate, JsonOwner records);
+// Uploads an array of records as JSON. Returns 1 on success; 0 also when there is no record or the
+// text cannot be made.
+int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url, JsonOwner records);
+
+// Where the reports of a run go and from whom they come.
+ReportOrigin OriginOf(const Run& run);
 
 }  // namespace ostrell

@@ -5,13 +5,13 @@
 
 #include <new>
 
-#include "tests/support/fake_settings_store.h"
+#include "tests/support/fake_run.h"
 
 namespace ostrell {
 namespace {
 
-constexpr int64_t kNow = 1800000000;
-constexpr int64_t kWeekAgo = 1799395200;
+constexpr int64_t kNow = FakeRun::kNow;
+constexpr int64_t kWeekAgo = 1794960720;
 
 const ReportTime kReports[] = {kDetectionLogTime, kPopupBlockLogTime, kSampleTime,
                                kFalsePositiveTime, kQuarantineTime};
@@ -34,17 +34,17 @@ TEST(RunWindowedReport, SendsWhatIsDueAndRecordsOnlySuccess) {
     const std::string key(report.key.begin(), report.key.end());
     for (const auto& [age, start] : cases) {
       for (const int32_t result : {1, 0}) {
-        FakeSettingsStore store;
-        store.times[key] = kNow - age;
+        FakeRun fake;
+        fake.store.times[key] = kNow - age;
         std::vector<int64_t> starts;
-        RunWindowedReport(store.Hold(), kNow, report, [&](int64_t from) {
+        RunWindowedReport(fake.Get(), report, [&](int64_t from) {
           starts.push_back(from);
           return result;
         });
         SCOPED_TRACE(key + " " + std::to_string(age));
         const bool isDue = start != 0;
         EXPECT_EQ(starts, std::vector<int64_t>(isDue ? 1 : 0, start));
-        EXPECT_EQ(store.times[key], isDue && result == 1 ? kNow : kNow - age);
+        EXPECT_EQ(fake.store.times[key], isDue && result == 1 ? kNow : kNow - age);
       }
     }
   }
@@ -53,10 +53,10 @@ TEST(RunWindowedReport, SendsWhatIsDueAndRecordsOnlySuccess) {
 // Exactly four hours after the last one only the logs are due.
 TEST(RunWindowedReport, FourHours) {
   for (const ReportTime& report : kReports) {
-    FakeSettingsStore store;
-    store.times[std::string(report.key.begin(), report.key.end())] = kNow - 14400;
+    FakeRun fake;
+    fake.store.times[std::string(report.key.begin(), report.key.end())] = kNow - 14400;
     bool isSent = false;
-    RunWindowedReport(store.Hold(), kNow, report, [&](int64_t) {
+    RunWindowedReport(fake.Get(), report, [&](int64_t) {
       isSent = true;
       return 1;
     });
@@ -71,31 +71,31 @@ TEST(RunWindowedReport, WithoutStoreEveryRunSendsAndWithoutClockNone) {
       start = from;
       return 1;
     };
-    RunWindowedReport(Settings(), kNow, report, send);
-    EXPECT_EQ(start, kWeekAgo);
-
-    FakeSettingsStore store;
-    store.times[std::string(report.key.begin(), report.key.end())] = kNow;
-    start = 0;
-    RunWindowedReport(store.Hold(), -1, report, send);
+    FakeRun fake;
+    fake.store.times[std::string(report.key.begin(), report.key.end())] = kNow;
+    fake.now = -1;
+    RunWindowedReport(fake.Get(), report, send);
     EXPECT_EQ(start, 0);
-    EXPECT_THAT(store.written, testing::IsEmpty());
+    fake.now = kNow;
+    fake.settings = Settings();
+    RunWindowedReport(fake.Get(), report, send);
+    EXPECT_EQ(start, kWeekAgo);
+    EXPECT_THAT(fake.store.written, testing::IsEmpty());
   }
 }
 
 TEST(RunWindowedReport, WhatThrowsHasFailedAndStopsNoOther) {
-  FakeSettingsStore store;
+  FakeRun fake;
   for (const ReportTime& report : kReports) {
-    RunWindowedReport(store.Hold(), kNow, report,
-                      [](int64_t) -> int32_t { throw std::bad_alloc(); });
+    RunWindowedReport(fake.Get(), report, [](int64_t) -> int32_t { throw std::bad_alloc(); });
   }
-  EXPECT_THAT(store.written, testing::IsEmpty());
+  EXPECT_THAT(fake.store.written, testing::IsEmpty());
 }
 
 TEST(SendRecords, NothingToSendIsNoSuccess) {
-  EXPECT_EQ(SendRecords("%s%s%s", {}), 0);
-  EXPECT_EQ(SendRecords("%s%s%s", JsonOwner(json_array())), 0);
-  EXPECT_EQ(SendRecords("%s%s%s", JsonOwner(json_pack("[o]", json_string_nocheck("\xFF")))), 0);
+  EXPECT_EQ(SendRecords({}, {}), 0);
+  EXPECT_EQ(SendRecords({}, JsonOwner(json_array())), 0);
+  EXPECT_EQ(SendRecords({}, JsonOwner(json_pack("[o]", json_string_nocheck("\xFF")))), 0);
 }
 
 }  // namespace

@@ -94,7 +94,10 @@ bool AppendConditions(const json_t* conditions, BlockItemQuery& query) {
   return true;
 }
 
-bool AppendColumnOrder(json_t* order, std::string_view format, std::string& text) {
+// The column and its direction.
+using OrderFormat = PrintFormat<char, const char*, const char*>;
+
+bool AppendColumnOrder(json_t* order, OrderFormat format, std::string& text) {
   const char* column = nullptr;
   const char* direction = nullptr;
   if (json_unpack(order, "{s:s,s:s}", "n", &column, "t", &direction) != 0) {
@@ -105,7 +108,8 @@ bool AppendColumnOrder(json_t* order, std::string_view format, std::string& text
 }
 
 bool AppendOrder(json_t* order, std::string& text) {
-  constexpr std::string_view kFirst = "%s %s";
+  constexpr OrderFormat kFirst("%s %s");
+  constexpr OrderFormat kNext(", %s %s");
   if (order == nullptr) {
     return true;
   }
@@ -116,7 +120,7 @@ bool AppendOrder(json_t* order, std::string& text) {
   size_t index = 0;
   json_t* column = nullptr;
   json_array_foreach(order, index, column) {
-    if (!AppendColumnOrder(column, index == 0 ? kFirst : ", %s %s", text)) {
+    if (!AppendColumnOrder(column, index == 0 ? kFirst : kNext, text)) {
       return false;
     }
   }
@@ -169,7 +173,7 @@ std::optional<BlockItemQuery> ComposeBlockItemQuery(const json_t* query) {
   const bool complete = AppendConditions(json_object_get(query, "c"), composed) &&
                         AppendOrder(json_object_get(query, "o"), composed.text) &&
                         AppendPaging(json_object_get(query, "p"), composed.text) &&
-                        composed.text.size() <= kMostStatementBytes;
+                        composed.text.size() <= kMaxStatementBytes;
   return complete ? std::optional(std::move(composed)) : std::nullopt;
 }
 

@@ -19,7 +19,7 @@ namespace ostrell {
 // Columns and directions are written into the statement as they stand.
 
 // The longest text of a statement, in bytes.
-inline constexpr size_t kMostStatementBytes = 4095;
+inline constexpr size_t kMaxStatementBytes = 4095;
 
 struct BlockItemQuery {
   std::string text;
@@ -28,7 +28,7 @@ struct BlockItemQuery {
 
 // The statement for a description. Nothing when a part is of the wrong type or lacks a member, when
 // a comparison that begins with "=", ">" or "<" is unknown, when a paging number or the first row
-// does not fit 32 bits, or when the text would be longer than kMostStatementBytes. An order of one
+// does not fit 32 bits, or when the text would be longer than kMaxStatementBytes. An order of one
 // column is cut to 1023 bytes. Any other unknown comparison leaves its condition half written, and
 // an empty "c" or "IN" leaves its keyword: SQLite then refuses the statement. No description, or
 // one that is no object, reads every row.

@@ -41,7 +41,7 @@ bool Refuse(sqlite3* db, const char* function, int arguments) {
 }  // namespace
 
 bool RestrictConnection(sqlite3* db) {
-  sqlite3_hard_heap_limit64(kMostSqliteMemory);
+  sqlite3_hard_heap_limit64(kMaxSqliteMemory);
   for (const auto& [limit, value] : kLimits) {
     sqlite3_limit(db, limit, value);
   }

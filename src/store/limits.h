@@ -9,7 +9,7 @@ namespace ostrell {
 // What a foreign database may cost. All of it is far above what the product's table needs.
 
 // What all of SQLite in this process may allocate; beyond it SQLite reports a lack of memory.
-inline constexpr int64_t kMostSqliteMemory = int64_t{64} << 20;
+inline constexpr int64_t kMaxSqliteMemory = int64_t{64} << 20;
 
 // The longest text, blob or row that is read, in bytes: of the product's rows, and while a database
 // is checked, where other tables' constraints are evaluated. A longer one ends its statement with

@@ -6,7 +6,6 @@
 
 #include "base/bounded_json.h"
 #include "store/block_item_query.h"
-#include "store/delete_file.h"
 #include "store/limits.h"
 #include "store/statement.h"
 
@@ -74,8 +73,14 @@ GuardedVfs* OpenConnection(const char* path, int busyTimeout, MonotonicClock clo
     return nullptr;
   }
   sqlite3_busy_timeout(handle.Get(), busyTimeout);
-  guard->Allow(kMostWorkMilliseconds);
+  guard->Allow(kMaxWorkMilliseconds);
   return guard;
+}
+
+// What is open elsewhere stays, without a word.
+void DeleteDatabase(const char* path) {
+  sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  system->xDelete(system, path, 0);
 }
 
 // Whatever could be read of it, a database of unknown health is neither repaired nor changed.
@@ -113,7 +118,7 @@ int32_t OpenRecordStore(const char* path, Connection& handle, int busyTimeout,
   Health health = guard != nullptr ? CheckHealthTwice(handle.Get()) : Health::kUnknown;
   if (health == Health::kDamaged) {
     handle.Reset();
-    DeleteFileAt(path);
+    DeleteDatabase(path);
     guard = OpenConnection(path, busyTimeout, clock, handle);
     health = Health::kSound;
   }
@@ -121,7 +126,7 @@ int32_t OpenRecordStore(const char* path, Connection& handle, int busyTimeout,
     handle.Reset();
     return 0;
   }
-  guard->Allow(kMostWorkMilliseconds);
+  guard->Allow(kMaxWorkMilliseconds);
   return 1;
 }
 
@@ -145,7 +150,7 @@ JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* lef
       const auto* const detail =
           reinterpret_cast<const char*>(sqlite3_column_text(statement.Get(), 2));
       detailBytes += static_cast<size_t>(sqlite3_column_bytes(statement.Get(), 2));
-      if (detailBytes > kMostDetailBytes || json_array_size(rows.Get()) == kMostBlockItems) {
+      if (detailBytes > kMaxDetailBytes || json_array_size(rows.Get()) == kMaxBlockItems) {
         ++beyond;
       } else {
         json_array_append_new(rows.Get(), RowObject(statement.Get(), detail).Release());

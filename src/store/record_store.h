@@ -16,7 +16,7 @@ inline constexpr int kBusyTimeoutMilliseconds = 60000;
 
 // How long the check at the opening may work, and again all that is done with the connection
 // afterwards; waiting for locks does not count.
-inline constexpr int64_t kMostWorkMilliseconds = 60000;
+inline constexpr int64_t kMaxWorkMilliseconds = 60000;
 
 // Opens the database, which is made when it is missing and its folder exists, for write-ahead
 // logging. 1, and the caller owns `handle`; or 0, and it is empty: for no path or an empty one, and
@@ -43,14 +43,14 @@ void CloseRecordStore(Connection& handle);
 int QuickCheck(sqlite3* db);
 
 // Rows that are kept, and bytes of text that their documents may have together.
-inline constexpr size_t kMostBlockItems = 1000000;
-inline constexpr size_t kMostDetailBytes = size_t{256} << 20;
+inline constexpr size_t kMaxBlockItems = 1000000;
+inline constexpr size_t kMaxDetailBytes = size_t{256} << 20;
 
 // The rows that a query (block_item_query.h) finds, as an array of at least one object, each with
 // "id", "ts" and the document "detail", which is left out when it is NULL, no JSON array or object,
 // or one of too many elements (bounded_json.h). Nothing when there is no row, the query is refused
 // or the connection is closed. Rows read before an error are kept; one whose "detail" is longer
-// than kLongestValue is such an error. The first row beyond kMostBlockItems or kMostDetailBytes and
+// than kLongestValue is such an error. The first row beyond kMaxBlockItems or kMaxDetailBytes and
 // all behind it are left out and counted in `leftOut`, unless that is null. Nothing else runs on
 // the connection meanwhile.
 JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* leftOut = nullptr);

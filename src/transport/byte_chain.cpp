@@ -23,7 +23,7 @@ bool ByteChain::AppendOwned(std::unique_ptr<std::byte[]> block, uint64_t length)
   if (length == 0) {
     return true;
   }
-  const bool full = limit != kUnlimited && chunks.size() >= kMostChunks;
+  const bool full = limit != kUnlimited && chunks.size() >= kMaxChunks;
   if (full || length > limit - total) {
     return false;
   }

@@ -16,10 +16,10 @@ class ByteChain {
   static constexpr uint64_t kUnlimited = std::numeric_limits<uint64_t>::max();
   // A chain with a limit takes no more chunks than this, so that an answer that arrives byte by
   // byte cannot cost many times its size.
-  static constexpr size_t kMostChunks = 65536;
+  static constexpr size_t kMaxChunks = 65536;
 
-  // `mostBytes` bounds the unread bytes that the chain will hold.
-  explicit ByteChain(uint64_t mostBytes = kUnlimited) : limit(mostBytes) {}
+  // `maxBytes` bounds the unread bytes that the chain will hold.
+  explicit ByteChain(uint64_t maxBytes = kUnlimited) : limit(maxBytes) {}
 
   // Copies the bytes into one new chunk of exactly that size. False, with the chain unchanged, when
   // memory or the limit does not allow it. No bytes: nothing is added, true.

@@ -63,14 +63,14 @@ TEST(ByteChain, OwnedLengthThatWouldOverflowTheTotalIsRefused) {
 }
 
 TEST(ByteChain, LimitedChainRefusesTooManyChunks) {
-  ByteChain limited(ByteChain::kMostChunks * 2);
+  ByteChain limited(ByteChain::kMaxChunks * 2);
   ByteChain unlimited;
-  for (size_t i = 0; i < ByteChain::kMostChunks; ++i) {
+  for (size_t i = 0; i < ByteChain::kMaxChunks; ++i) {
     ASSERT_TRUE(limited.Append(BytesOf("x")) && unlimited.Append(BytesOf("x"))) << i;
   }
   EXPECT_TRUE(unlimited.Append(BytesOf("x")));
   EXPECT_FALSE(limited.Append(BytesOf("x")));
-  EXPECT_EQ(limited.Total(), ByteChain::kMostChunks);
+  EXPECT_EQ(limited.Total(), ByteChain::kMaxChunks);
   EXPECT_EQ(ReadOnce(limited, 2), "x");
   EXPECT_TRUE(limited.Append(BytesOf("y")));
 }

@@ -43,7 +43,7 @@ JsonOwner FetchPackedJson(const char* url, int32_t* statusOut, const Svclink& sv
   uint64_t received = 0;
   const BodySink writeToStream = [&](std::span<const std::byte> block) {
     received += block.size();
-    return received <= kMostAnswerBytes && WriteToStream(stream.Get(), block);
+    return received <= kMaxAnswerBytes && WriteToStream(stream.Get(), block);
   };
   if (!HttpGet(url, writeToStream, statusOut)) {
     return {};

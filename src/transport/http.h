@@ -28,7 +28,7 @@ inline constexpr TransferLimits kAnswerLimits{.total = 60, .connect = 20};
 inline constexpr TransferLimits kUploadLimits{.total = 900, .connect = 20};
 
 // The most that is kept in memory of an answer.
-inline constexpr uint64_t kMostAnswerBytes = uint64_t{4} * 1024 * 1024;
+inline constexpr uint64_t kMaxAnswerBytes = uint64_t{4} * 1024 * 1024;
 
 // Receives the body block by block, at most 16 KiB each; false, or an exception, ends the transfer
 // as failed.

@@ -1,22 +1,15 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "base/bounded_text.h"
 
 namespace ostrell {
 
-// A report URL is the report server base URL followed by one of these templates. The values are
-// inserted as they stand, without URL escaping. {fmt} takes "%llu" for any unsigned 64-bit value.
-inline constexpr std::string_view kMachineInformationUrl =
-    "%s/v8/rc1.php?u=%s&c=%d&v=%s&d=%llu&s=%u&x=%u&r=%llu&ma=%u&mi=%u&bu=%u&re=%u&regid=%s";
-inline constexpr std::string_view kDetectionLogUrl = "%s/v8/rc2.php?u=%s&regid=%s";
-inline constexpr std::string_view kSampleQuestionUrl = "%s/v8/rc3.php?u=%s&h=%s&t=%d&p=%s&regid=%s";
-inline constexpr std::string_view kSampleUploadUrl = "%s/v8/rc3.php?u=%s&h=%s&regid=%s";
-inline constexpr std::string_view kScanStatisticsUrl = "%s/v8/rc4.php?v=5&u=%s&regid=%s";
-inline constexpr std::string_view kPopupBlockLogUrl = "%s/v8/rc5.php?u=%s&regid=%s";
-// Behind the client id provider's base URL, which brings its own "/v8".
-inline constexpr std::string_view kUnifiedReportUrl = "%s/rc7.php?u=%s&c=%d&s=%u&x=%u&regid=%s";
+// The URLs of the reports, one function an endpoint. Texts are inserted as they stand, without URL
+// escaping.
 
 // Capacities in bytes, terminator included. A longer URL is cut.
 inline constexpr size_t kReportUrlSize = 1024;
@@ -25,6 +18,42 @@ inline constexpr size_t kSampleQuestionUrlSize = 4096;
 
 template <size_t Size = kReportUrlSize>
 using ReportUrl = BoundedText<char, Size>;
+
+// Where a report goes and from whom it comes. UTF-8.
+struct ReportOrigin {
+  std::string_view baseUrl;          // scheme and host, without a path
+  std::string_view machineIdentity;  // "u"
+  std::string_view clientId;         // "regid"
+};
+
+// What rc1 says of machine and installation, by query key.
+struct MachineInformation {
+  uint32_t customerId;              // "c"
+  std::string_view productVersion;  // "v"
+  uint64_t signatureVersion;        // "d"
+  uint32_t systemFamily;            // "s"
+  uint32_t processorClass;          // "x"
+  uint64_t secondsSinceLastReport;  // "r"
+  uint32_t kernelMajor;             // "ma"
+  uint32_t kernelMinor;             // "mi"
+  uint32_t kernelBuild;             // "bu"
+  uint32_t kernelRevision;          // "re"
+};
+ReportUrl<> MachineInformationUrl(const ReportOrigin& origin, const MachineInformation& facts);
+
+ReportUrl<kLogReportUrlSize> DetectionLogUrl(const ReportOrigin& origin);
+ReportUrl<kLogReportUrlSize> PopupBlockLogUrl(const ReportOrigin& origin);
+ReportUrl<> ScanStatisticsUrl(const ReportOrigin& origin);
+
+// `path` is escaped already; `source` is a number of sample_upload.h.
+ReportUrl<kSampleQuestionUrlSize> SampleQuestionUrl(const ReportOrigin& origin,
+                                                    std::string_view sha1Text, int32_t source,
+                                                    std::string_view path);
+ReportUrl<> SampleUploadUrl(const ReportOrigin& origin, std::string_view sha1Text);
+
+// Here the base URL is the client id provider's, which brings its own "/v8".
+ReportUrl<> UnifiedReportUrl(const ReportOrigin& origin, int32_t customerId, uint32_t systemFamily,
+                             uint32_t processorClass);
 
 // Scheme and host of the report server, without a path; set when the project is configured.
 const char* ReportServerBaseUrl();

@@ -15,8 +15,8 @@ namespace {
 
 std::optional<UploadTicket> RequestTicket(std::string_view reportUrl, const std::string& digest) {
   const bool hasQuery = reportUrl.find('?') != std::string_view::npos;
-  const auto url = ReportUrl<>::Print(hasQuery ? "%s&o=%s" : "%s?o=%s", reportUrl, digest);
-  ByteChain answer(kMostAnswerBytes);
+  const auto url = ReportUrl<>::Print("%s%so=%s", reportUrl, hasQuery ? "&" : "?", digest);
+  ByteChain answer(kMaxAnswerBytes);
   // The status decides nothing: whatever came back is read.
   if (GetToChain(url.CStr(), answer, nullptr) != 1) {
     return std::nullopt;

@@ -30,7 +30,7 @@ bool IsHeaderLine(const json_t* element) {
 }  // namespace
 
 std::optional<UploadTicket> ReadUploadTicket(ByteChain& answer) {
-  const JsonOwner reply = ParseJson(TextOf(answer), kMostTicketElements);
+  const JsonOwner reply = ParseJson(TextOf(answer), kMaxTicketElements);
   const char* url = nullptr;
   json_t* header = nullptr;
   if (!reply || json_unpack(reply.Get(), "{s:s,s:o}", "url", &url, "header", &header) != 0 ||

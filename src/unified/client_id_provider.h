@@ -1,11 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
+
+#include "env/product_version.h"
+#include "env/run.h"
 
 namespace ostrell {
 
 // Where the unified report takes the client fields from; operations in slot order. Text is UTF-8
-// and lives for the process; the product version's text changes with the next call.
+// and lives as long as the provider; the product version's text changes with the next call.
 class IClientIdProvider {
  public:
   virtual const char* MachineId() = 0;
@@ -23,9 +28,11 @@ class IClientIdProvider {
   virtual ~IClientIdProvider() = default;
 };
 
-// Asks the machine and the product. Stateless.
+// Asks the machine and the product through the run, which outlives it.
 class DefaultClientIdProvider : public IClientIdProvider {
  public:
+  explicit DefaultClientIdProvider(const Run& reportRun) : run(reportRun) {}
+
   const char* MachineId() override;
   const char* ClientId() override;
   uint32_t CustomerId() override;
@@ -36,6 +43,11 @@ class DefaultClientIdProvider : public IClientIdProvider {
   bool KernelVersion(uint32_t* major, uint32_t* minor, uint32_t* build,
                      uint32_t* revision) override;
   const char* ReportBaseUrl() override;
+
+ private:
+  const Run& run;
+  ProductVersionText version;
+  std::optional<std::string> reportBaseUrl;
 };
 
 }  // namespace ostrell

@@ -58,8 +58,8 @@ TEST(LogLineTime, TimeOutOfRangeIsMktimesAnswer) {
 }
 
 TEST(PeTimeMarker, NumberStandsBetweenMarkerAndBracket) {
-  constexpr auto kMost = std::numeric_limits<int64_t>::max();
-  constexpr auto kLeast = std::numeric_limits<int64_t>::min();
+  constexpr auto kMax = std::numeric_limits<int64_t>::max();
+  constexpr auto kMin = std::numeric_limits<int64_t>::min();
   const struct {
     std::string line;
     std::optional<int64_t> time;
@@ -73,9 +73,9 @@ TEST(PeTimeMarker, NumberStandsBetweenMarkerAndBracket) {
       {"<pe-time:12\0"
        "34>"s,
        12},
-      {"<pe-time:9223372036854775807>", kMost},
-      {"<pe-time:9223372036854775808>", kMost},
-      {"<pe-time:-9223372036854775809>", kLeast},
+      {"<pe-time:9223372036854775807>", kMax},
+      {"<pe-time:9223372036854775808>", kMax},
+      {"<pe-time:-9223372036854775809>", kMin},
       {"\0<pe-time:12>"s, 12},
       {"> <pe-time:12 <pe-time:34>", 12},
       {"<pe-time:x> <pe-time:34>", std::nullopt},

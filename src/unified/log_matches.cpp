@@ -15,8 +15,8 @@ LogMatchCount CollectLogMatches(const LogReader& read, std::string_view signatur
     if (!time || *time < tmStart) {
       return;
     }
-    if (count.leftOut > 0 || static_cast<size_t>(count.kept) == kMostLogMatches ||
-        line.text.size() > kMostLogMatchBytes - bytes) {
+    if (count.leftOut > 0 || static_cast<size_t>(count.kept) == kMaxLogMatches ||
+        line.text.size() > kMaxLogMatchBytes - bytes) {
       ++count.leftOut;
       return;
     }

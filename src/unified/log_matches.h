@@ -17,8 +17,8 @@ struct LogMatch {
   std::string line;  // as read, without its end; no more of it than log_scan.h keeps
 };
 
-inline constexpr size_t kMostLogMatches = 65536;                // of one log
-inline constexpr size_t kMostLogMatchBytes = size_t{64} << 20;  // of their lines together
+inline constexpr size_t kMaxLogMatches = 65536;                // of one log
+inline constexpr size_t kMaxLogMatchBytes = size_t{64} << 20;  // of their lines together
 
 struct LogMatchCount {
   int32_t kept = 0;

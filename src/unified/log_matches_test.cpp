@@ -47,9 +47,9 @@ TEST(LogMatches, TheFirstOnesAreKept) {
 }
 
 TEST(LogMatches, TextTogetherIsBounded) {
-  constexpr size_t kMostOfLine = size_t{16} << 20;
+  constexpr size_t kMaxOfLine = size_t{16} << 20;
   const std::string start = kStamp + "0 failed";
-  const std::string longest = start + std::string(kMostOfLine - start.size(), '.');
+  const std::string longest = start + std::string(kMaxOfLine - start.size(), '.');
   const std::string three = longest + "\n" + longest + ".\n" + longest + "\n";
   EXPECT_EQ(Collect(three + longest).count, (LogMatchCount{.kept = 4, .cut = 1}));
   // What does not fit leaves out what would.

@@ -46,7 +46,7 @@ class LogScan {
       : read(reader),
         signature(wanted),
         blockSize(sizes.block),
-        mostOfLine(sizes.mostOfLine),
+        maxOfLine(sizes.maxOfLine),
         first(wanted.front()),
         last(wanted.back()),
         endOfFile(kEndOfFile),
@@ -77,7 +77,7 @@ class LogScan {
     const bool isReadAgain = begin < offset;
     LogLine line;
     if (isReadAgain) {  // as much as was read of it
-      line.text.reserve(static_cast<size_t>(std::min<uint64_t>(offset + size - begin, mostOfLine)));
+      line.text.reserve(static_cast<size_t>(std::min<uint64_t>(offset + size - begin, maxOfLine)));
     }
     GoTo(begin);
     const uint64_t length = ReadLine(line.text, match) - begin;
@@ -118,7 +118,7 @@ class LogScan {
       const size_t lineEnd = rest.find('\n');
       const size_t fileEnd = rest.substr(0, lineEnd).find(kEndOfFile);
       const std::string_view part = rest.substr(0, std::min(lineEnd, fileEnd));
-      text.append(part.substr(0, mostOfLine - text.size()));
+      text.append(part.substr(0, maxOfLine - text.size()));
       position += part.size();
       endsInReturn = part.empty() ? endsInReturn : part.back() == '\r';
       atEnd = fileEnd != std::string_view::npos;
@@ -129,7 +129,7 @@ class LogScan {
         return endsInReturn ? end - 1 : end;
       }
       if (!atEnd) {
-        GoTo(text.size() == mostOfLine ? std::max(match, offset + position) : offset + position);
+        GoTo(text.size() == maxOfLine ? std::max(match, offset + position) : offset + position);
         atEnd = !ReadOn(0);
       }
     }
@@ -187,7 +187,7 @@ class LogScan {
   const LogReader& read;
   const std::string_view signature;
   const size_t blockSize;
-  const size_t mostOfLine;
+  const size_t maxOfLine;
   const Probe first;
   const Probe last;
   const Probe endOfFile;

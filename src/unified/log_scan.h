@@ -33,7 +33,7 @@ struct LogLine {
 // In bytes, each at least 1.
 struct LogScanSizes {
   size_t block = size_t{1} << 18;
-  size_t mostOfLine = size_t{16} << 20;  // what is kept of one
+  size_t maxOfLine = size_t{16} << 20;  // what is kept of one
 };
 
 // Calls `onLine` with each matching line in file order. `signature` is in lower case and holds

@@ -92,7 +92,7 @@ std::optional<uint32_t> FindModuleList(PagedDump& dump, DumpLeftOut& leftOut) {
       *streamCount > (dump.Size() - *directory) / kDirectoryEntrySize) {
     return std::nullopt;
   }
-  const uint64_t count = std::min<uint64_t>(*streamCount, kMostDumpStreams);
+  const uint64_t count = std::min<uint64_t>(*streamCount, kMaxDumpStreams);
   for (uint64_t i = 0; i < count; ++i) {
     const uint64_t entry = *directory + i * kDirectoryEntrySize;
     if (dump.Read32(entry) == kModuleListStream) {
@@ -141,7 +141,7 @@ NameSearch SearchName(PagedDump& dump, uint32_t rva, DumpLeftOut& leftOut) {
   }
   const uint64_t begin = uint64_t{rva} + sizeof(uint32_t);
   const uint64_t length = std::min<uint64_t>(*announced, dump.Size() - begin);
-  const uint64_t end = begin + std::min(length, kMostDumpNameBytes);
+  const uint64_t end = begin + std::min(length, kMaxDumpNameBytes);
   std::array<std::byte, kNamePart> buffer;
   for (uint64_t at = begin; at < end; at += kNamePart) {
     const auto part = std::span(buffer).first(std::min<size_t>(kNamePart, end - at));
@@ -149,7 +149,7 @@ NameSearch SearchName(PagedDump& dump, uint32_t rva, DumpLeftOut& leftOut) {
       return search;
     }
   }
-  leftOut.names += length > kMostDumpNameBytes ? 1 : 0;
+  leftOut.names += length > kMaxDumpNameBytes ? 1 : 0;
   return search;
 }
 
@@ -158,9 +158,9 @@ std::optional<uint32_t> FindCrashModuleTime(PagedDump& dump, uint64_t list, uint
   const uint64_t count = std::min<uint64_t>(announced, (dump.Size() - list) / kModuleSize);
   uint64_t examined = 0;
   uint64_t i = 0;
-  const uint64_t mostPages = dump.PagesCopied() + kMostDumpPages;
-  for (; i < count && i < kMostDumpModules && examined < kMostDumpNamesBytes &&
-         dump.PagesCopied() < mostPages;
+  const uint64_t maxPages = dump.PagesCopied() + kMaxDumpPages;
+  for (; i < count && i < kMaxDumpModules && examined < kMaxDumpNamesBytes &&
+         dump.PagesCopied() < maxPages;
        ++i) {
     const uint64_t module = list + i * kModuleSize;
     const auto nameRva = dump.Read32(module + 20);

@@ -16,7 +16,7 @@ namespace ostrell {
 // For tests: the scan as one would write it without regard to speed and memory, line by line.
 
 inline std::vector<LogLine> PlainLogReading(std::string file, std::string_view signature,
-                                            size_t mostOfLine) {
+                                            size_t maxOfLine) {
   file.resize(std::min(file.find('\x1A'), file.size()));
   for (size_t end = file.find("\r\n"); end != std::string::npos; end = file.find("\r\n", end)) {
     file.erase(end, 1);
@@ -27,7 +27,7 @@ inline std::vector<LogLine> PlainLogReading(std::string file, std::string_view s
     std::string lower = line;
     std::transform(lower.begin(), lower.end(), lower.begin(), &LowerAscii<char>);
     if (lower.find(signature) != std::string::npos) {
-      lines.push_back({line.substr(0, mostOfLine), line.size() > mostOfLine});
+      lines.push_back({line.substr(0, maxOfLine), line.size() > maxOfLine});
     }
   }
   return lines;

@@ -153,7 +153,7 @@ TEST_F(FetchPackedJsonTest, AnswersThatAreNone) {
     status = kUntouched;
     EXPECT_FALSE(Fetch(testCase.fault));
     EXPECT_EQ(status, testCase.status);
-    EXPECT_LE(fake.written, kMostAnswerBytes);
+    EXPECT_LE(fake.written, kMaxAnswerBytes);
   }
   EXPECT_EQ(RequestsWith("regid", token).size(), std::size(kCases)) << "no request is repeated";
 }

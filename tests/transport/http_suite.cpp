@@ -35,12 +35,12 @@ TEST(HttpGet, AnswerThatDoesNotComeEndsAtTheTimeLimit) {
 
 TEST(HttpGet, ChainLimitEndsAnAnswerThatIsTooLong) {
   for (const char* const fault : {"endless", "big"}) {
-    ByteChain answer(kMostAnswerBytes);
+    ByteChain answer(kMaxAnswerBytes);
     int32_t status = -1;
     EXPECT_EQ(GetToChain(Url(fault).c_str(), answer, &status), 0) << fault;
     EXPECT_EQ(status, -1) << fault;
-    EXPECT_LE(answer.Total(), kMostAnswerBytes) << fault;
-    EXPECT_GT(answer.Total(), kMostAnswerBytes - 65536) << fault;
+    EXPECT_LE(answer.Total(), kMaxAnswerBytes) << fault;
+    EXPECT_GT(answer.Total(), kMaxAnswerBytes - 65536) << fault;
   }
 }
 
