@@ -1,8 +1,7 @@
-#include <windows.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "devkit/product/files_win.h"
 #include "platform/closed_library.h"
 #include "tests/support/test_folder_win.h"
 
@@ -11,14 +10,8 @@ namespace {
 
 using testing::Optional;
 
-std::filesystem::path BesideProgram(const char* name) {
-  wchar_t program[MAX_PATH];
-  GetModuleFileNameW(nullptr, program, MAX_PATH);
-  return std::filesystem::path(program).replace_filename(name);
-}
-
 TEST(TraceLogTest, AppendsALineAMessage) {
-  const std::filesystem::path log = BesideProgram("tracelog.txt");
+  const std::filesystem::path log = PathBesideProgram(L"tracelog.txt").value_or(L"");
   std::filesystem::remove(log);
   const TraceLog traceLog(LoadTraceLog());
   TraceLogger(traceLog, "post_unified_report", 42)(L"Collected %u total items", 3U);
@@ -30,13 +23,6 @@ TEST(TraceLogTest, AppendsALineAMessage) {
               Optional(std::string(
                   "post_unified_report:42 1 Collected 3 total items\n"
                   "collect_dump_files:-1 2 caf\xc3\xa9 \xf0\x9f\x98\x80  second, skip\n")));
-}
-
-TEST(CrashSentryTest, IsInstalledWithZero) {
-  const std::filesystem::path note = BesideProgram("crashsentry.txt");
-  std::filesystem::remove(note);
-  InstallCrashHandler();
-  EXPECT_THAT(ContentOf(note), Optional(std::string("InstallCrashSentry(0)\n")));
 }
 
 }  // namespace

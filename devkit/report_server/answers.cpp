@@ -16,7 +16,7 @@ std::string TicketUrl(const TicketPlace& place, ActiveFaults& faults) {
     return "ftp://127.0.0.1/x";
   }
   if (faults.Acts(Fault::kFileUrl)) {
-    return "file:///tmp/ostrell-file-url-fault";
+    return "file://" + (place.files / std::to_string(place.number)).string();
   }
   std::string url(place.origin);
   if (faults.Acts(Fault::kBareUrl)) {

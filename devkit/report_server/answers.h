@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -11,11 +12,13 @@ namespace ostrell {
 
 // The answers of the report server, right or wrong as the faults of the request say.
 
-// Where a ticket leads: "https://127.0.0.1:18443" and, behind a "/fault/NAME" request, that prefix.
+// Where a ticket leads: "https://127.0.0.1:18443" and, behind a "/fault/NAME" request, that prefix;
+// by Fault::kFileUrl to the file in the folder `files` that is named like the ticket's number.
 struct TicketPlace {
   std::string_view origin;
   std::string_view prefix;
   uint64_t number;
+  std::filesystem::path files;
 };
 HttpAnswer TicketAnswer(const TicketPlace& place, ActiveFaults& faults);
 

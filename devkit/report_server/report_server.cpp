@@ -2,6 +2,8 @@
 
 #include <charconv>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -76,6 +78,20 @@ void ReportServer::SetInstructions(std::string document) {
   options.instructions = std::move(document);
 }
 
+// Who removes a file has taken it: it is listed once.
+void ReportServer::TakeWrittenFiles() {
+  for (const std::filesystem::path& file : files.Files()) {
+    std::ifstream written(file, std::ios::binary);
+    const std::string body((std::istreambuf_iterator<char>(written)), {});
+    if (std::filesystem::remove(file)) {
+      Handle({.method = "PUT",
+              .target = "/put/" + file.filename().string(),
+              .headers = {},
+              .body = body});
+    }
+  }
+}
+
 std::vector<JsonOwner> ReportServer::Requests() const {
   std::vector<JsonOwner> requests;
   for (const std::string& line : log.Lines()) {
@@ -109,6 +125,7 @@ ActiveFaults ReportServer::FaultsOf(const RequestTarget& target) const {
 HttpAnswer ReportServer::Handle(const HttpRequest& request) {
   const RequestTarget target = ParseRequestTarget(request.target);
   if (request.method == "GET" && target.path == "/requests") {
+    TakeWrittenFiles();
     return RequestList();
   }
   ActiveFaults faults = FaultsOf(target);
@@ -157,7 +174,9 @@ HttpAnswer ReportServer::AnswerTicket(const RequestTarget& target, ActiveFaults&
       {.report = record.report, .query = target.query, .digest = std::string(*target.Value("o"))});
   const std::string origin = Url();
   const std::string prefix = target.FaultPrefix();
-  return TicketAnswer({.origin = origin, .prefix = prefix, .number = *record.ticket}, faults);
+  return TicketAnswer(
+      {.origin = origin, .prefix = prefix, .number = *record.ticket, .files = files.Path()},
+      faults);
 }
 
 HttpAnswer ReportServer::AnswerPut(const RequestTarget& target, ActiveFaults& faults,

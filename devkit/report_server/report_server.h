@@ -12,6 +12,7 @@
 #include "devkit/report_server/faults.h"
 #include "devkit/report_server/http_exchange.h"
 #include "devkit/report_server/https_listener.h"
+#include "devkit/report_server/private_folder.h"
 #include "devkit/report_server/request_log.h"
 #include "devkit/report_server/request_target.h"
 #include "devkit/report_server/tickets.h"
@@ -29,8 +30,9 @@ struct ReportServerOptions {
 
 // The report server of the product on loopback: it gives out tickets, takes and checks uploads,
 // answers rc1 and the sample question, keeps every request and misbehaves by named fault.
-// docs/report-protocol.md describes what it speaks. All operations but Start and Stop may be called
-// from any thread at any time.
+// docs/report-protocol.md describes what it speaks. What a client wrote to the address of
+// Fault::kFileUrl becomes the PUT that it stands for when GET /requests asks. All operations but
+// Start and Stop may be called from any thread at any time.
 class ReportServer {
  public:
   explicit ReportServer(ReportServerOptions startOptions);
@@ -61,12 +63,14 @@ class ReportServer {
   HttpAnswer AnswerPut(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer AnswerTicket(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer RequestList() const;
+  void TakeWrittenFiles();
   ActiveFaults FaultsOf(const RequestTarget& target) const;
   std::string Instructions() const;
 
   ReportServerOptions options;
   mutable std::mutex changing;  // guards options.faults and options.instructions
   RequestLog log;
+  PrivateFolder files;             // where Fault::kFileUrl leads
   std::optional<Tickets> tickets;  // from Start on
   HttpsListener listener;          // last: its threads use the others
 };

@@ -90,53 +90,93 @@ bool PrintClientFields(const json_t* items, const json_t* machineInformation) {
   return wrong.empty();
 }
 
+struct NumbersInOrder {
+  bool operator()(const std::string& left, const std::string& right) const {
+    return Key(left) < Key(right);
+  }
+  static std::pair<size_t, std::string_view> Key(std::string_view text) {
+    const bool isNumber = text.find_first_not_of("0123456789") == std::string_view::npos;
+    return {isNumber ? text.size() : 0, text};
+  }
+};
+
+using Counts = std::map<std::string, int64_t, NumbersInOrder>;
+
 // How many items have which value of a member.
-void PrintCounts(const json_t* items, const char* member) {
-  std::map<std::pair<size_t, std::string>, size_t> counts;  // numbers in their order
+Counts CountsOf(const json_t* items, const char* member) {
+  Counts counts;
   size_t index = 0;
   const json_t* item = nullptr;
   json_array_foreach(items, index, item) {
     if (const json_t* const value = json_object_get(item, member); value != nullptr) {
-      const std::string text = AsQueryValue(value);
-      ++counts[{json_is_integer(value) ? text.size() : 0, text}];
+      ++counts[AsQueryValue(value)];
     }
   }
-  if (counts.empty()) {
-    return;
-  }
-  fmt::print("           {}:", member);
-  for (const auto& [value, count] : counts) {
-    fmt::print(" {}{}", value.second, count == 1 ? "" : fmt::format(" ({})", count));
-  }
-  fmt::print("\n");
+  return counts;
 }
 
-// What tells the items of a report apart; nothing for one without items.
-std::vector<const char*> TellingMembers(std::string_view report) {
-  if (report == "rc2") {
-    return {"fid", "submit_record"};
+// What of the counts is not as `wanted` has it; empty when nothing is.
+std::string Differences(Counts counts, json_t* wanted) {
+  std::string text;
+  const char* value = nullptr;
+  json_t* number = nullptr;
+  json_object_foreach(wanted, value, number) {
+    const int64_t count = counts[value];
+    if (json_is_null(number) ? count == 0 : count != json_integer_value(number)) {
+      text += fmt::format(" {} ({}), not ({})", value, count,
+                          json_is_null(number) ? "some" : AsQueryValue(number));
+    }
+    counts.erase(value);
   }
-  if (report == "rc5") {
-    return {"product_name", "gname"};
+  for (const auto& [other, count] : counts) {
+    text += fmt::format(" {} ({}), not (0)", other, count);
   }
-  return report == "rc7" ? std::vector{"report_type"} : std::vector<const char*>();
+  return text;
 }
 
-// What an upload holds; false when it is an rc7 whose client fields are wrong.
-bool PrintBody(const json_t* line, const std::filesystem::path& store,
-               const json_t* machineInformation) {
+// False when it is to be judged and differs.
+bool PrintCounts(const json_t* items, const char* member, json_t* wanted, bool isJudged) {
+  const Counts counts = CountsOf(items, member);
+  if (!counts.empty()) {
+    fmt::print("           {}:", member);
+    for (const auto& [value, count] : counts) {
+      fmt::print(" {}{}", value, count == 1 ? "" : fmt::format(" ({})", count));
+    }
+    fmt::print("\n");
+  }
+  const std::string differences = isJudged ? Differences(counts, wanted) : "";
+  if (!differences.empty()) {
+    fmt::print("           WRONG {}:{}\n", member, differences);
+  }
+  return differences.empty();
+}
+
+// What is to be said of an upload.
+struct Judged {
+  bool isSound = true;     // not an rc7 whose client fields are wrong
+  bool isExpected = true;  // its items are those that were expected
+};
+
+// What an upload holds.
+Judged PrintBody(const json_t* line, const std::filesystem::path& store,
+                 const json_t* machineInformation, const ExpectedRun& expected) {
   const std::filesystem::path body = BodyFile(line, store);
   fmt::print("           body   {}\n", body.string());
   const std::string report = TextOf(line, "report");
-  const std::vector<const char*> members = TellingMembers(report);
-  if (members.empty()) {
-    return true;
+  const json_t* const holds = expected.HoldsOf(report);
+  if (holds == nullptr) {
+    return {};
   }
   const JsonOwner items(json_load_file(body.c_str(), 0, nullptr));
-  for (const char* member : members) {
-    PrintCounts(items.Get(), member);
+  Judged judged;
+  const char* member = nullptr;
+  json_t* wanted = nullptr;
+  json_object_foreach(const_cast<json_t*>(holds), member, wanted) {
+    judged.isExpected =
+        PrintCounts(items.Get(), member, wanted, expected.IsFirst(report)) && judged.isExpected;
   }
-  return report != "rc7" || PrintClientFields(items.Get(), machineInformation);
+  judged.isSound = report != "rc7" || PrintClientFields(items.Get(), machineInformation);
+  return judged;
 }
 
 void PrintLine(const json_t* line) {
@@ -184,7 +224,7 @@ bool HasArrived(const json_t* line) {
 }
 
 ReportVerdict PrintRequests(const std::vector<JsonOwner>& requests,
-                            const std::filesystem::path& store) {
+                            const std::filesystem::path& store, const ExpectedRun& expected) {
   fmt::print("{:<10} {:<23} {:>6} {:>8} {:>9} {:>6}\n", "report", "request", "status", "packed",
              "unpacked", "items");
   const auto first = std::find_if(requests.begin(), requests.end(), [](const JsonOwner& line) {
@@ -202,7 +242,11 @@ ReportVerdict PrintRequests(const std::vector<JsonOwner>& requests,
     PrintLine(line.Get());
     bool isSound = HasArrived(line.Get());
     if (TextOf(line.Get(), "method") == "PUT") {
-      isSound = PrintBody(line.Get(), store, machineInformation) && isSound;
+      const Judged judged = PrintBody(line.Get(), store, machineInformation, expected);
+      isSound = judged.isSound && isSound;
+      if (!judged.isExpected) {
+        verdict.differing.insert(report);
+      }
     } else {
       PrintQuery(line.Get(), report == "rc1" ? nullptr : machineInformation);
       if (!report.empty() && !PrintIdentity(line.Get(), machineInformation)) {

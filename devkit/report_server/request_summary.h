@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/json.h"
+#include "devkit/report_server/expected_run.h"
 
 namespace ostrell {
 
@@ -29,10 +30,11 @@ bool HasArrived(const json_t* line);
 struct ReportVerdict {
   std::set<std::string> arrived;    // not an rc7 whose client fields are not those of rc1
   std::set<std::string> misnaming;  // one of their requests has a WrongIdentity
+  std::set<std::string> differing;  // sent for the first time, with other items than expected
 };
 
 // Prints the requests as they came in, and behind each upload what it holds, and judges them.
 ReportVerdict PrintRequests(const std::vector<JsonOwner>& requests,
-                            const std::filesystem::path& store);
+                            const std::filesystem::path& store, const ExpectedRun& expected);
 
 }  // namespace ostrell

@@ -3,189 +3,187 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "devkit/report_server/request_summary.h"
 #include "devkit/report_server/sample_requests.h"
-#include "reports/quarantine.h"
-#include "reports/sample_pass.h"
 
 namespace ostrell {
 namespace {
 
-constexpr auto kQuarantineSource = "1";
-constexpr auto kDiskSource = "2";
+constexpr auto kNone = "-";
 
 struct Row {
-  std::string_view job;
-  std::string_view file;
-  std::string asked = "-";
-  std::string known = "-";
-  std::string sent = "-";  // bytes
+  std::string foundBy;
+  std::string file;
+  std::string asked = kNone;
+  std::string known = kNone;
+  std::string sent = kNone;  // bytes
 };
 
 void Print(const Row& row, std::string_view remark = "") {
-  fmt::print("           {:<14} {:<10} {:<10} {:>7}  {}{}{}\n", row.job, row.asked, row.known,
+  fmt::print("           {:<14} {:<10} {:<10} {:>7}  {}{}{}\n", row.foundBy, row.asked, row.known,
              row.sent, row.file, remark.empty() ? "" : ": ", remark);
 }
 
-std::string WhyUnwanted(const QuarantineEntry& entry, const QuarantineInstructions& wishes) {
-  if (MatchesAnyPattern(entry.name, wishes.barred)) {
-    return fmt::format("the server bars {}", entry.name);
+// What is to become of a file after `taken` others of its pass were sent.
+struct Outcome {
+  Row row;
+  std::string why;
+};
+
+Outcome OutcomeOf(const json_t* file, int64_t taken) {
+  Outcome outcome{{.foundBy = TextOf(file, "found_by"), .file = TextOf(file, "file")},
+                  TextOf(file, "why")};
+  const auto after = Integer64Member(file, "after");
+  if (after && taken >= *after) {
+    return outcome;
   }
-  return IsWanted(entry, wishes) ? "" : fmt::format("kind {}", entry.kind);
+  outcome.row.asked = TextMember(file, "asked").value_or(kNone);
+  outcome.row.known = TextMember(file, "known").value_or(kNone);
+  outcome.row.sent = NumberOf(file, "sent");
+  if (after) {
+    outcome.why.clear();
+  }
+  return outcome;
+}
+
+bool Contains(const json_t* array, const json_t* wanted) {
+  size_t index = 0;
+  const json_t* element = nullptr;
+  json_array_foreach(array, index, element) {
+    if (json_equal(element, wanted) != 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Empty when what happened is what was expected.
+std::string Judgement(const Row& row, const Outcome& expected) {
+  const auto& [asked, known, sent] = std::tie(row.asked, row.known, row.sent);
+  const Row& wanted = expected.row;
+  if (asked == wanted.asked && known == wanted.known && sent == wanted.sent) {
+    return "";
+  }
+  if (wanted.asked == kNone) {
+    return "WRONG: asked all the same: " + expected.why;
+  }
+  return asked == kNone ? "MISSING: not asked"
+         : sent == kNone && wanted.sent != kNone
+             ? "MISSING: not sent"
+             : fmt::format("WRONG: known {}, sent {} expected", wanted.known, wanted.sent);
 }
 
 class SampleTable {
  public:
-  SampleTable(const ReportedMachine& reported, const std::vector<JsonOwner>& lines)
-      : machine(reported),
+  SampleTable(const ExpectedRun& expectedRun, const std::vector<JsonOwner>& lines)
+      : expected(expectedRun),
         requests(lines),
-        hasInstructions(std::any_of(lines.begin(), lines.end(), [](const JsonOwner& line) {
+        isAnswered(std::any_of(lines.begin(), lines.end(), [](const JsonOwner& line) {
           return TextOf(line.Get(), "report") == "rc1" && HasArrived(line.Get()) &&
                  TextOf(line.Get(), "fault").empty();
         })) {}
 
-  void PrintSubmitted() {
-    const auto from = StartOf(kSampleTime, "submitted");
-    if (!from) {
-      return;
-    }
-    const auto submitted = machine.RecordsSince(*from, [](int64_t fid) { return fid < 0; });
-    if (submitted.empty()) {
-      Print({"submitted", "no record"});
-      return;
-    }
-    PathKeys handled(kMaxPathKeys);
-    PrintFiles("submitted", submitted, SubmittedSamplePath, handled);
-    PrintFiles("network",
-               machine.RecordsSince(*from, [](int64_t fid) { return fid == 31 || fid == 47; }),
-               NetworkProgramPath, handled);
-  }
-
-  void PrintFalsePositives() {
-    if (const auto from = StartOf(kFalsePositiveTime, "false positive")) {
-      PathKeys handled(kMaxPathKeys);
-      const auto isDetection = [](int64_t fid) { return fid == 1 || fid == 3 || fid == 4; };
-      PrintFiles("false positive", machine.RecordsSince(*from, isDetection), FalsePositivePath,
-                 handled);
-    }
-  }
-
-  void PrintQuarantine() {
-    const auto from = StartOf(kQuarantineTime, "quarantine");
-    const auto wishes =
-        ReadQuarantineInstructions(hasInstructions ? machine.Instructions() : nullptr);
-    if (!from || !wishes) {
-      if (from) {
-        Print({"quarantine", "no instructions of the server"});
-      }
-      return;
-    }
-    int32_t sent = 0;
-    size_t index = 0;
-    const json_t* element = nullptr;
-    json_array_foreach(machine.QuarantineList(), index, element) {
-      if (const auto entry = ReadQuarantineEntry(element)) {
-        const std::string why = entry->time < *from        ? "too old"
-                                : sent >= wishes->maxFiles ? "enough were sent"
-                                                           : WhyUnwanted(*entry, *wishes);
-        if (PrintFile({"quarantine", entry->path}, kQuarantineSource, why,
-                      machine.WhyNoHeldSample(entry->id))) {
-          ++sent;
-        }
-      }
+  // The files of a row of the reports, or why there are none.
+  void PrintPass(const json_t* pass) {
+    const json_t* const kinds = json_object_get(pass, "found_by");
+    const std::string first = json_string_value(json_array_get(kinds, 0));
+    const int64_t start = expected.StartOf(pass);
+    if (!expected.WhyNotDue(pass).empty()) {
+      Print({first, "not due"});
+    } else if (const auto text = TextMember(pass, "if_no_answer"); text && !isAnswered) {
+      Print({first, std::string(*text)});
+    } else if (const auto none = TextMember(pass, "if_none"); none && !HasAny(first, start)) {
+      Print({first, std::string(*none)});
+    } else {
+      PrintFiles(kinds, start, TextOf(pass, "if_older"));
     }
   }
 
   // Requests that no file has explained.
   void PrintRest() {
     for (const json_t* line : requests.Questions()) {
-      PrintWrong({"?", QueryValueOf(line, "p")}, "asked, and nothing names it");
+      PrintWrong({"?", QueryValueOf(line, "p")}, "WRONG: asked, and nothing names it");
     }
     for (const json_t* line : requests.Uploads()) {
-      PrintWrong({"?", QueryValueOf(line, "h")}, "uploaded damaged, or without a question");
+      PrintWrong({"?", QueryValueOf(line, "h")}, "WRONG: uploaded damaged, or without a question");
     }
   }
 
   bool IsSound() const { return isSound; }
 
  private:
-  // Nothing, and a row that says so, when the job was not due.
-  std::optional<int64_t> StartOf(const ReportTime& time, std::string_view job) const {
-    const auto start = machine.StartOf(time);
-    if (!start) {
-      Print({job, "not due"});
-    }
-    return start;
+  static bool IsSince(const json_t* file, int64_t start) {
+    return Integer64Member(file, "time").value_or(0) >= start;
   }
 
-  void PrintFiles(std::string_view job, const std::vector<const json_t*>& records,
-                  PathOfRecord* pathOf, PathKeys& handled) {
-    for (const json_t* record : records) {
-      const auto path = pathOf(record);
-      if (path && handled.Add(PathKey(*path))) {
-        PrintFile({job, *path}, kDiskSource, machine.WhyNoSample(*path), "");
-      } else if (path) {
-        Print({job, *path}, "handled already");
+  bool HasAny(std::string_view foundBy, int64_t start) const {
+    const auto files = expected.Samples();
+    return std::any_of(files.begin(), files.end(), [&](const json_t* file) {
+      return TextMember(file, "found_by") == foundBy && IsSince(file, start);
+    });
+  }
+
+  void PrintFiles(const json_t* kinds, int64_t start, const std::string& ifOlder) {
+    int64_t taken = 0;
+    for (const json_t* file : expected.Samples()) {
+      if (!Contains(kinds, json_object_get(file, "found_by"))) {
+        continue;
+      }
+      if (IsSince(file, start)) {
+        taken += PrintFile(OutcomeOf(file, taken)) ? 1 : 0;
+      } else if (!ifOlder.empty()) {
+        PrintFile({{.foundBy = TextOf(file, "found_by"), .file = TextOf(file, "file")}, ifOlder});
       }
     }
   }
 
-  // `whyNotAsked` and `whyNotSent` are empty where there is no reason. True when the file was sent
-  // as far as the agent could see: a cut answer tells it that the upload has failed.
-  bool PrintFile(Row row, std::string_view source, const std::string& whyNotAsked,
-                 const std::string& whyNotSent) {
-    const json_t* const question = requests.TakeQuestion(source, row.file);
-    if (question == nullptr) {
-      PrintReason(row, whyNotAsked, "not asked");
-      return false;
+  // True when the file was sent as far as the agent could see: a cut answer tells it that the
+  // upload has failed.
+  bool PrintFile(const Outcome& wanted) {
+    Row row{.foundBy = wanted.row.foundBy, .file = wanted.row.file};
+    const bool isHeld = row.foundBy == "quarantine";
+    const json_t* upload = nullptr;
+    if (const json_t* const question = requests.TakeQuestion(isHeld ? "1" : "2", row.file)) {
+      upload = requests.TakeUpload(question);
+      const std::string status = NumberOf(question, "status");
+      row.asked = isHeld ? "quarantine" : "disk";
+      row.known = status == "200" ? "yes" : status == "404" ? "no" : "status " + status;
+      row.sent = NumberOf(upload, "unpacked");
     }
-    row.asked = source == kDiskSource ? "disk" : "quarantine";
-    const std::string status = NumberOf(question, "status");
-    row.known = status == "200" ? "yes" : status == "404" ? "no" : "status " + status;
-    const json_t* const upload = status == "404" ? requests.TakeUpload(question) : nullptr;
-    row.sent = upload != nullptr ? NumberOf(upload, "unpacked") : "-";
-    if (!whyNotAsked.empty()) {
-      PrintWrong(row, "asked all the same: " + whyNotAsked);
-    } else if (upload != nullptr || status == "200") {
-      Print(row);
+    if (const std::string judgement = Judgement(row, wanted); !judgement.empty()) {
+      PrintWrong(row, judgement);
     } else {
-      PrintReason(row, status == "404" ? whyNotSent : "", "not sent");
+      Print(row, wanted.why);
     }
     return upload != nullptr && TextOf(upload, "fault") != "put-cut";
   }
 
-  void PrintReason(const Row& row, const std::string& why, std::string_view what) {
-    if (why.empty()) {
-      PrintWrong(row, std::string(what) + ", and nothing speaks against it");
-    } else {
-      Print(row, why);
-    }
-  }
-
   void PrintWrong(const Row& row, const std::string& what) {
-    Print(row, "WRONG: " + what);
+    Print(row, what);
     isSound = false;
   }
 
-  const ReportedMachine& machine;
+  const ExpectedRun& expected;
   SampleRequests requests;
-  bool hasInstructions;  // the server has answered rc1
+  bool isAnswered;  // the server has given its instructions
   bool isSound = true;
 };
 
 }  // namespace
 
-bool PrintSamples(const ReportedMachine& machine, const std::vector<JsonOwner>& requests) {
+bool PrintSamples(const ExpectedRun& expected, const std::vector<JsonOwner>& requests) {
   fmt::print("\n{:<10} {:<14} {:<10} {:<10} {:>7}  {}\n", "samples", "found by", "asked", "known",
              "sent", "file");
-  SampleTable table(machine, requests);
-  table.PrintSubmitted();
-  table.PrintFalsePositives();
-  table.PrintQuarantine();
+  SampleTable table(expected, requests);
+  for (const json_t* row : expected.Reports()) {
+    if (json_object_get(row, "found_by") != nullptr) {
+      table.PrintPass(row);
+    }
+  }
   table.PrintRest();
   return table.IsSound();
 }

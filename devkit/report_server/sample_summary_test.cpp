@@ -6,78 +6,77 @@
 #include <fstream>
 #include <string>
 
+#include "devkit/report_server/private_folder.h"
+#include "devkit/report_server/request_summary.h"
+
 namespace ostrell {
 namespace {
 
 using testing::HasSubstr;
 
-constexpr int64_t kNow = 1793527200;
-
-constexpr auto kRecords =
-    R"([{"ts": 1793520000, "fid": -2147483647, "detail": {"pathname": "C:\\Users\\a.exe"}}])";
-
-constexpr auto kKnown =
-    R"({"report": "rc3", "method": "GET", "status": 200,
-        "query": {"h": "AB", "t": "2", "p": "C:\\Users\\a.exe"}})";
-constexpr auto kUnknown =
-    R"({"report": "rc3", "method": "GET", "status": 404,
-        "query": {"h": "AB", "t": "2", "p": "C:\\Users\\a.exe"}})";
-constexpr auto kStranger =
-    R"({"report": "rc3", "method": "GET", "status": 200,
-        "query": {"h": "CD", "t": "2", "p": "C:\\Users\\b.exe"}})";
-constexpr auto kUpload =
-    R"({"report": "rc3", "method": "PUT", "status": 200, "query": {"h": "AB", "o": "12"},
-        "unpacked": 2000, "digest": "ok", "zlib": "ok", "json": "none"})";
-constexpr auto kDamaged =
-    R"({"report": "rc3", "method": "PUT", "status": 200, "query": {"h": "AB", "o": "12"},
-        "unpacked": 2000, "digest": "mismatch", "zlib": "ok", "json": "none"})";
-
-class SampleSummaryTest : public testing::Test {
- protected:
-  void SetUp() override {
-    std::string folder = testing::TempDir() + "sample_summary_XXXXXX";
-    drive = mkdtemp(folder.data());
-    const auto data = drive / "ProgramData/Velmora/Corvane";
-    create_directories(data);
-    create_directories(drive / "users");
-    std::ofstream(data / "records.json") << kRecords;
+// The product's data folder before a run, whose last-report times are in the settings.
+class DataFolder : public PrivateFolder {
+ public:
+  explicit DataFolder(json_t* times) {
+    std::filesystem::create_directory(Path() / "settings");
+    const JsonOwner settings(json_pack("{s:o?}", "int64", json_incref(times)));
+    std::ofstream(Path() / "settings/ostrell.json") << CompactText(settings);
   }
-  void TearDown() override { std::filesystem::remove_all(drive); }
-
-  std::filesystem::path drive;
 };
 
-TEST_F(SampleSummaryTest, TellsWhatHappenedToTheFileAndWhetherItShould) {
-  const struct {
-    size_t fileSize;
-    std::vector<const char*> requests;
-    bool isSound;
-    const char* row;
-  } cases[] = {
-      {2000, {kUnknown, kUpload}, true, "disk       no            2000  C:\\Users\\a.exe\n"},
-      {2000, {kKnown}, true, "disk       yes              -  C:\\Users\\a.exe\n"},
-      {2000, {}, false, "C:\\Users\\a.exe: WRONG: not asked"},
-      {2000, {kUnknown}, false, "C:\\Users\\a.exe: WRONG: not sent"},
-      {2000,
-       {kUnknown, kDamaged},
-       false,
-       "?              -          -                -  AB: WRONG"},
-      {2000, {kKnown, kStranger}, false, "C:\\Users\\b.exe: WRONG: asked"},
-      {1023, {}, true, "C:\\Users\\a.exe: too small, 1023\n"},
-      {1023, {kKnown}, false, "C:\\Users\\a.exe: WRONG: asked all the same: too small, 1023\n"},
-      {5242881, {}, true, "C:\\Users\\a.exe: too large, 5242881\n"},
-  };
-  for (const auto& [fileSize, lines, isSound, row] : cases) {
-    std::ofstream(drive / "users/A.EXE") << std::string(fileSize, 'x');
+// The lines that a run is judged by, and the cases: what was requested, and what is said of it.
+const JsonOwner& Data() {
+  static const JsonOwner data(
+      json_load_file(OSTRELL_SERVER_CASES "/sample_summary.json", 0, nullptr));
+  return data;
+}
+
+ExpectedRun Expected(const json_t* recorded, const DataFolder& before) {
+  const int64_t now = Integer64Member(Data().Get(), "now").value();
+  return {JsonOwner(json_incref(json_object_get(Data().Get(), "expected"))), before.Path(),
+          Integer64Member(recorded, "now").value_or(now)};
+}
+
+TEST(SampleSummary, RecordedCases) {
+  size_t index = 0;
+  const json_t* recorded = nullptr;
+  json_array_foreach(json_object_get(Data().Get(), "cases"), index, recorded) {
+    SCOPED_TRACE(index);
     std::vector<JsonOwner> requests;
-    requests.reserve(lines.size());
-    for (const char* line : lines) {
-      requests.emplace_back(json_loads(line, 0, nullptr));
+    size_t at = 0;
+    const json_t* text = nullptr;
+    json_array_foreach(json_object_get(recorded, "requests"), at, text) {
+      requests.emplace_back(json_incref(
+          json_object_get(json_object_get(Data().Get(), "requests"), json_string_value(text))));
     }
+    const DataFolder before(json_object_get(recorded, "times"));
+    const ExpectedRun expected = Expected(recorded, before);
     testing::internal::CaptureStdout();
-    EXPECT_EQ(PrintSamples(ReportedMachine({.drive = drive, .now = kNow}), requests), isSound)
-        << row;
-    EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr(row));
+    EXPECT_EQ(PrintSamples(expected, requests), json_is_true(json_object_get(recorded, "sound")));
+    std::string said = testing::internal::GetCapturedStdout();
+    for (const json_t* row : expected.Reports()) {
+      said += expected.WhyNotDue(row) + "\n";
+    }
+    json_array_foreach(json_object_get(recorded, "says"), at, text) {
+      EXPECT_THAT(said, HasSubstr(json_string_value(text)));
+    }
+    EXPECT_THAT(said, HasSubstr("cc: there is no tallyx5.dat\n"));
+  }
+}
+
+TEST(SampleSummary, FirstReportHoldsWhatIsExpected) {
+  size_t index = 0;
+  const json_t* recorded = nullptr;
+  json_array_foreach(json_object_get(Data().Get(), "bodies"), index, recorded) {
+    const DataFolder folder(json_object_get(recorded, "times"));
+    json_dump_file(json_object_get(recorded, "body"), (folder.Path() / "0007.body").c_str(), 0);
+    std::vector<JsonOwner> requests;
+    requests.emplace_back(
+        json_pack("{s:s, s:s, s:i}", "report", "rc2", "method", "PUT", "number", 7));
+    testing::internal::CaptureStdout();
+    const ReportVerdict verdict = PrintRequests(requests, folder.Path(), Expected(nullptr, folder));
+    EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr(TextOf(recorded, "says")));
+    EXPECT_EQ(verdict.differing.empty(), json_is_true(json_object_get(recorded, "sound")));
   }
 }
 

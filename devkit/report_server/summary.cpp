@@ -2,11 +2,13 @@
 #include <fmt/core.h>
 #include <getopt.h>
 
-#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "devkit/report_server/request_summary.h"
@@ -18,36 +20,34 @@ namespace {
 constexpr int kUsageError = 2;
 
 constexpr auto kHelp =
-    R"(Usage: report_summary --store DIR [--after N] [--drive DIR --settings FILE
-                      --instructions FILE --now SECONDS] REPORT...
+    R"(Usage: report_summary --store DIR [--after N] --expected FILE --before DIR --now SECONDS
 
-Prints what the report server kept in DIR behind the first N requests. With --drive also what became
-of the samples of the machine whose drive C: is there: --settings is the agent's settings file
-before the run, --instructions what the server answers rc1 with, --now when the run began.
+Prints what the report server kept in DIR behind the first N requests and what became of the files
+that the sample product names, and judges it: FILE is devkit/sample/expected.json with its times
+filled in, --before a copy of the product's data folder as the run found it, --now when it began.
 
-Exit codes: 0 every REPORT arrived, 1 one did not, 2 wrong arguments. rc1 arrived by a request that
-was answered with 200, any other by a PUT with sound digest, stream and JSON; rc7 with its client
-fields in every item, equal to those of rc1; rc3, with --drive, when every sample was asked about
-and sent that should be. 1 also when a request has a wrong identity: "u" and "regid" have a form of
-their own and are those of rc1, "v" of rc4 is 5.
+Exit codes: 0 all that was due arrived, and nothing else, 1 not so, 2 wrong arguments. rc1 arrived by
+a request that was answered with 200, any other by a PUT with sound digest, stream and JSON; rc7
+with its client fields in every item, equal to those of rc1; rc3 when every sample was asked about
+and sent that should be. 1 also when a sample, or an item of a report that is sent for the first
+time, is not expected, and when a request has a wrong identity: "u" and "regid" have a form of their
+own and are those of rc1, "v" of rc4 is 5.
 )";
 
 struct Arguments {
   std::filesystem::path store;
   size_t after = 0;
-  MachinePlaces machine;
-  std::set<std::string> due;
+  std::filesystem::path expected;
+  std::filesystem::path before;
+  int64_t now = 0;
 };
 
 // False for arguments that it does not know.
 bool ParseArguments(int argc, char** argv, Arguments& arguments) {
-  constexpr option kOptions[] = {{"store", required_argument, nullptr, 's'},
-                                 {"after", required_argument, nullptr, 'a'},
-                                 {"drive", required_argument, nullptr, 'd'},
-                                 {"settings", required_argument, nullptr, 'o'},
-                                 {"instructions", required_argument, nullptr, 'i'},
-                                 {"now", required_argument, nullptr, 'n'},
-                                 {}};
+  constexpr option kOptions[] = {
+      {"store", required_argument, nullptr, 's'},    {"after", required_argument, nullptr, 'a'},
+      {"expected", required_argument, nullptr, 'e'}, {"before", required_argument, nullptr, 'b'},
+      {"now", required_argument, nullptr, 'n'},      {}};
   for (int letter = 0; (letter = getopt_long(argc, argv, "", kOptions, nullptr)) != -1;) {
     switch (letter) {
       case 's':
@@ -56,24 +56,21 @@ bool ParseArguments(int argc, char** argv, Arguments& arguments) {
       case 'a':
         arguments.after = std::strtoul(optarg, nullptr, 10);
         break;
-      case 'd':
-        arguments.machine.drive = optarg;
+      case 'e':
+        arguments.expected = optarg;
         break;
-      case 'o':
-        arguments.machine.settings = optarg;
-        break;
-      case 'i':
-        arguments.machine.instructions = optarg;
+      case 'b':
+        arguments.before = optarg;
         break;
       case 'n':
-        arguments.machine.now = std::strtoll(optarg, nullptr, 10);
+        arguments.now = std::strtoll(optarg, nullptr, 10);
         break;
       default:
         return false;
     }
   }
-  arguments.due = {argv + optind, argv + argc};
-  return !arguments.store.empty();
+  return optind == argc && !arguments.store.empty() && !arguments.expected.empty() &&
+         !arguments.before.empty() && arguments.now != 0;
 }
 
 void PrintOrder(const std::vector<JsonOwner>& requests) {
@@ -89,27 +86,56 @@ void PrintOrder(const std::vector<JsonOwner>& requests) {
   fmt::print("\n");
 }
 
-int Summarise(Arguments& arguments) {
-  const std::vector<JsonOwner> requests = LoadRequests(arguments.store, arguments.after);
-  ReportVerdict verdict = PrintRequests(requests, arguments.store);
-  if (!arguments.machine.drive.empty()) {
-    verdict.arrived.erase("rc3");
-    if (PrintSamples(ReportedMachine(arguments.machine), requests)) {
-      verdict.arrived.insert("rc3");
+// Prints which reports were not as they had to be; false when there is one.
+bool PrintVerdict(const ReportVerdict& verdict, const ExpectedRun& expected) {
+  const std::set<std::string> due = expected.Due();
+  bool isSound = true;
+  const auto print = [&](std::string_view mark, const std::string& report, std::string_view what) {
+    fmt::print("{:<10} {} {}\n", mark, report, what);
+    isSound = false;
+  };
+  for (const std::string& report : due) {
+    if (!verdict.arrived.contains(report)) {
+      print("missing", report, "was due and did not arrive");
     }
+  }
+  for (const std::string& report : verdict.arrived) {
+    if (!due.contains(report)) {
+      print("wrong", report, "was not due and arrived");
+    }
+  }
+  for (const std::string& report : verdict.misnaming) {
+    print("wrong", report, "has requests with a wrong identity");
+  }
+  for (const std::string& report : verdict.differing) {
+    print("wrong", report, "does not hold what was expected");
+  }
+  return isSound;
+}
+
+int Summarise(const Arguments& arguments) {
+  JsonOwner list(json_load_file(arguments.expected.c_str(), 0, nullptr));
+  if (!list) {
+    fmt::print(stderr, "report_summary: {} is no JSON document\n", arguments.expected.string());
+    return kUsageError;
+  }
+  const ExpectedRun expected(std::move(list), arguments.before, arguments.now);
+  const std::vector<JsonOwner> requests = LoadRequests(arguments.store, arguments.after);
+  ReportVerdict verdict = PrintRequests(requests, arguments.store, expected);
+  const bool areSamplesSound = PrintSamples(expected, requests);
+  verdict.arrived.erase("rc3");
+  if (expected.Due().contains("rc3") && areSamplesSound) {
+    verdict.arrived.insert("rc3");
   }
   PrintOrder(requests);
   fmt::print("requests   {} in {}\n", requests.size(), arguments.store.string());
-  for (const std::string& report : verdict.arrived) {
-    arguments.due.erase(report);
+  const bool isSound = PrintVerdict(verdict, expected);
+  for (const json_t* row : expected.Reports()) {
+    if (const std::string why = expected.WhyNotDue(row); !why.empty()) {
+      fmt::print("not due    {} {}\n", TextOf(row, "report"), why);
+    }
   }
-  for (const std::string& report : arguments.due) {
-    fmt::print("missing    {} was due and did not arrive\n", report);
-  }
-  for (const std::string& report : verdict.misnaming) {
-    fmt::print("wrong      {} has requests with a wrong identity\n", report);
-  }
-  return arguments.due.empty() && verdict.misnaming.empty() ? 0 : 1;
+  return isSound && areSamplesSound ? 0 : 1;
 }
 
 }  // namespace
