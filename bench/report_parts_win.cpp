@@ -21,9 +21,9 @@
 #include "reports/sample_pass.h"
 #include "reports/sample_upload.h"
 #include "tests/support/fake_run.h"
+#include "unified/collector.h"
 #include "unified/dump_files.h"
 #include "unified/event_fields.h"
-#include "unified/report_item.h"
 #include "unified/unified_report.h"
 
 namespace ostrell {

@@ -1,4 +1,5 @@
-// Runs a target once on each file of the folders that are its arguments, where there is no fuzzer.
+// Runs a target once on each input of the folders that are its arguments, where there is no fuzzer: on
+// each file, and on the inputs of each recorded case.
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -7,17 +8,30 @@
 #include <vector>
 
 #include "fuzz/fuzz_target.h"
+#include "tests/support/recorded_cases.h"
 
 namespace {
 
-void Replay(const std::filesystem::path& path) {
+// Of exactly the input's size, so that a sanitizer sees what is read beyond it.
+void Run(const std::vector<char>& input) {
+  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
+}
+
+// Returns how many inputs the file holds.
+size_t Replay(const std::filesystem::path& path) {
+  if (path.extension() == ".case") {
+    const auto inputs = ostrell::RecordedCase(path.string()).All("input");
+    for (const std::string& input : inputs) {
+      Run({input.begin(), input.end()});
+    }
+    return inputs.size();
+  }
   std::ifstream file(path, std::ios::binary);
   if (!file) {
     throw std::filesystem::filesystem_error("cannot open", path, {});
   }
-  // Of exactly the input's size, so that a sanitizer sees what is read beyond it.
-  const std::vector<char> input{std::istreambuf_iterator<char>(file), {}};
-  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
+  Run({std::istreambuf_iterator<char>(file), {}});
+  return 1;
 }
 
 }  // namespace
@@ -27,8 +41,7 @@ int main(int argc, char** argv) {
   try {
     for (int i = 1; i < argc; ++i) {
       for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-        Replay(entry.path());
-        ++inputs;
+        inputs += Replay(entry.path());
       }
     }
   } catch (const std::exception& error) {

@@ -6,7 +6,7 @@
 #include "app/process_hardening_win.h"
 #include "app/report_driver.h"
 #include "app/run_limit.h"
-#include "app/start_up_win.h"
+#include "app/start_up.h"
 #include "env/client_identity.h"
 #include "platform/closed_library.h"
 

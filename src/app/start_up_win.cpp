@@ -1,4 +1,4 @@
-#include "app/start_up_win.h"
+#include "app/start_up.h"
 
 #include <windows.h>
 

@@ -15,11 +15,6 @@ struct FileHandleTraits {
 using FileHandle = Owner<FileHandleTraits>;
 
 // Any other kernel handle, whose empty value is null.
-struct KernelHandleTraits {
-  using Handle = HANDLE;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle handle) noexcept { CloseHandle(handle); }
-};
-using KernelHandle = Owner<KernelHandleTraits>;
+using KernelHandle = ClosedBy<HANDLE, &CloseHandle>;
 
 }  // namespace ostrell

@@ -2,7 +2,9 @@
 
 #include <jansson.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,7 +36,7 @@ struct JsonTextTraits {
 using JsonText = Owner<JsonTextTraits>;
 
 // The array or object on one line without needless white space, members in the order they were set.
-// Empty when there is none.
+// Empty when there is none or its text cannot be made.
 inline std::string CompactText(const JsonOwner& value) {
   const JsonText text(json_dumps(value.Get(), JSON_COMPACT));
   return text ? text.Get() : "";
@@ -44,6 +46,31 @@ inline std::string CompactText(const JsonOwner& value) {
 inline JsonOwner UnlessEmpty(JsonOwner array) {
   return json_array_size(array.Get()) > 0 ? std::move(array) : JsonOwner();
 }
+
+// The elements of an array, borrowed, in their order; none of anything else.
+//
+//   for (json_t* const record : Elements(records.Get())) {
+class Elements {
+ public:
+  explicit Elements(const json_t* walked) : array(walked) {}
+
+  class Iterator {
+   public:
+    explicit Iterator(const json_t* walked) : array(walked) {}
+    json_t* operator*() const { return json_array_get(array, index); }
+    void operator++() { ++index; }
+    bool operator==(std::default_sentinel_t) const { return index >= json_array_size(array); }
+
+   private:
+    const json_t* array;
+    size_t index = 0;
+  };
+  Iterator begin() const { return Iterator(array); }
+  std::default_sentinel_t end() const { return {}; }
+
+ private:
+  const json_t* array;
+};
 
 // Members of an object as json_unpack reads them, which would allocate for every key: nothing when
 // `object` is none, or the member is missing or of another type. The text lives as long as the

@@ -2,46 +2,32 @@
 
 #include <gtest/gtest.h>
 
-#include <string_view>
-
 #include "base/bytes.h"
+#include "base/print.h"
+#include "tests/support/recorded_cases.h"
 
 namespace ostrell {
 namespace {
 
-using namespace std::string_view_literals;
+std::string Units(std::wstring_view text) {
+  std::string units;
+  for (const wchar_t unit : text) {
+    units += Print("%x;", static_cast<uint32_t>(unit));
+  }
+  return units;
+}
 
-TEST(RegistryTextTest, BytesAndTheirTexts) {
-  const std::wstring highest = {L'a', static_cast<wchar_t>(0xFFFF)};
-  const std::wstring surrogates = {static_cast<wchar_t>(0xDE00), static_cast<wchar_t>(0xD83D)};
-  const struct {
-    std::string_view bytes;
-    std::wstring upToZero;
-    bool isTerminated;
-  } cases[] = {{"", L"", true},
-               {"\0\0"sv, L"", true},
-               {"a\0\xE9\0\xAC\x20\0\0"sv, L"a\u00E9\u20AC", true},
-               {"a\0\0\0b\0\0\0"sv, L"a", true},
-               {"\0\0b\0\0\0"sv, L"", true},
-               {"\0a\0\0"sv, L"\u6100", true},
-               {"a\0\xFF\xFF\0\0"sv, highest, true},
-               {"\x00\xDE\x3D\xD8\0\0"sv, surrogates, true},
-               // The last unit is not zero, whatever stands before it.
-               {"a\0"sv, L"a", false},
-               {"a\0\0b"sv, L"a\u6200", false},
-               {"a\0\0\0b\0"sv, L"a", false},
-               // Odd counts of bytes.
-               {"\0"sv, L"", false},
-               {"\xE9"sv, L"\u00E9", false},
-               {"a\0b"sv, L"ab", false},
-               {"a\0\0"sv, L"a", false},
-               {"a\0\0\0\0"sv, L"a", false},
-               {"\0\0b"sv, L"", false}};
-  for (const auto& row : cases) {
-    SCOPED_TRACE(testing::PrintToString(row.bytes));
-    EXPECT_EQ(TextUpToZero(BytesOf(row.bytes)), row.upToZero);
-    EXPECT_EQ(TerminatedText(BytesOf(row.bytes)),
-              row.isTerminated ? std::optional(row.upToZero) : std::nullopt);
+TEST(RegistryText, RecordedCases) {
+  for (const RecordedCase& recorded : CasesOf("registry_text")) {
+    const auto units = recorded.All("units");
+    for (size_t i = 0; const std::string& input : recorded.All("input")) {
+      SCOPED_TRACE(recorded.Name() + ": " + testing::PrintToString(input));
+      EXPECT_EQ(Units(TextUpToZero(BytesOf(input))), units.at(i));
+      const auto terminated = TerminatedText(BytesOf(input));
+      ASSERT_EQ(terminated.has_value(), recorded.Number("terminated") != 0);
+      EXPECT_EQ(Units(terminated.value_or(L"")), terminated ? units[i] : "");
+      ++i;
+    }
   }
 }
 

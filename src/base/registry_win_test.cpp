@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-#include "base/text.h"
 #include "tests/support/private_registry_win.h"
 
 namespace ostrell {
 namespace {
 
+using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr const wchar_t* kSubkey = L"SOFTWARE\\Vendor\\Product";
@@ -45,10 +45,7 @@ TEST_F(RegistryTest, MissingKeyOrValue) {
 TEST_F(RegistryTest, ValueAtTheByteLimitAndOnePast) {
   SetBytes(REG_SZ, "a\0b\0c\0\0\0"sv);
   const RegistryKey key = PrivateRegistry::MakeKey(HKEY_LOCAL_MACHINE, kSubkey);
-  const RegistryValue whole = QueryRegistryValue(key.Get(), L"Value", 8);
-  EXPECT_EQ(whole.error, ERROR_SUCCESS);
-  EXPECT_EQ(whole.type, DWORD{REG_SZ});
-  EXPECT_EQ(whole.data.size(), 8U);
+  EXPECT_EQ(QueryRegistryValue(key.Get(), L"Value", 8).data.size(), 8U);
   EXPECT_EQ(ReadText(8), L"abc");
   const RegistryValue cut = QueryRegistryValue(key.Get(), L"Value", 7);
   EXPECT_EQ(cut.error, ERROR_MORE_DATA);
@@ -56,32 +53,15 @@ TEST_F(RegistryTest, ValueAtTheByteLimitAndOnePast) {
   EXPECT_EQ(ReadText(7), std::nullopt);
 }
 
-TEST_F(RegistryTest, TextUpToItsFirstZero) {
-  const struct {
-    DWORD type;
-    std::wstring_view stored;
-    std::optional<std::wstring> text;
-  } cases[] = {{REG_SZ, L"caf\u00E9\0"sv, L"caf\u00E9"},
-               {REG_EXPAND_SZ, L"%TEMP%\\x\0"sv, L"%TEMP%\\x"},
-               {REG_SZ, L"ab\0cd\0"sv, L"ab"},
-               {REG_SZ, L"\0cd\0"sv, L""},
-               {REG_SZ, L"", L""},
-               // No terminator.
-               {REG_SZ, L"abc", std::nullopt},
-               {REG_SZ, L"ab\0c"sv, std::nullopt},
-               // Another type.
-               {REG_NONE, L"a\0"sv, std::nullopt},
-               {REG_BINARY, L"a\0"sv, std::nullopt},
-               {REG_DWORD, L"a\0"sv, std::nullopt},
-               {REG_MULTI_SZ, L"a\0"sv, std::nullopt}};
-  for (const auto& row : cases) {
-    PrivateRegistry::SetCharacters(HKEY_LOCAL_MACHINE, kSubkey, L"Value", row.type, row.stored);
-    EXPECT_EQ(ReadText(), row.text) << row.type << " " << Utf8FromWide(row.stored);
+TEST_F(RegistryTest, TextHasItsTypesAndEndsAtItsFirstZero) {
+  for (const DWORD type : {REG_NONE, REG_SZ, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ}) {
+    SetBytes(type, "%\0\xE9\0\0\0x\0\0\0"sv);
+    const bool isText = type == REG_SZ || type == REG_EXPAND_SZ;
+    EXPECT_EQ(ReadText(), isText ? std::optional(L"%\u00E9"s) : std::nullopt) << type;
   }
-}
-
-TEST_F(RegistryTest, TextOfOddByteCount) {
-  for (const std::string_view bytes : {"\0"sv, "a\0\0"sv, "a\0\0\0\0"sv}) {
+  SetBytes(REG_SZ, "");
+  EXPECT_EQ(ReadText(), L"");
+  for (const std::string_view bytes : {"a\0"sv, "a\0\0"sv}) {  // see TerminatedText
     SetBytes(REG_SZ, bytes);
     EXPECT_EQ(ReadText(), std::nullopt) << bytes.size();
   }

@@ -1,5 +1,3 @@
-#include "base/text_win.h"
-
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -45,12 +43,6 @@ TEST(WideFromUtf8, AgreesWithTheSystem) {
           << std::hex << value;
     }
   }
-}
-
-TEST(ThreadAnsiFromWide, AsciiStaysAndEmptyStaysEmpty) {
-  EXPECT_EQ(ThreadAnsiFromWide(L"{0F8FAD5B-D9CB-469F-A165-70867728950E}"),
-            "{0F8FAD5B-D9CB-469F-A165-70867728950E}");
-  EXPECT_EQ(ThreadAnsiFromWide(L""), "");
 }
 
 }  // namespace

@@ -9,11 +9,12 @@ namespace {
 
 TEST(DottedNumberList, RecordedCases) {
   for (const RecordedCase& recorded : CasesOf("dotted_number_list")) {
-    for (const std::string& text : recorded.All("list")) {
-      EXPECT_TRUE(IsDottedNumberList(text)) << recorded.Name() << ": " << text;
-    }
-    for (const std::string& text : recorded.All("other")) {
-      EXPECT_FALSE(IsDottedNumberList(text)) << recorded.Name() << ": " << text;
+    const auto inputs = recorded.All("input");
+    const auto answers = recorded.All("is_list");
+    ASSERT_EQ(inputs.size(), answers.size()) << recorded.Name();
+    for (size_t i = 0; i < inputs.size(); ++i) {
+      EXPECT_EQ(IsDottedNumberList(inputs[i]), answers[i] == "yes")
+          << recorded.Name() << ": " << inputs[i];
     }
   }
 }

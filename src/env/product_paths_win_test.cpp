@@ -6,10 +6,12 @@
 #include "base/text.h"
 #include "env/product_paths.h"
 #include "tests/support/private_registry_win.h"
+#include "tests/support/recorded_cases.h"
 
 namespace ostrell {
 namespace {
 
+using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr const wchar_t* kProductKey = L"SOFTWARE\\Velmora\\Corvane";
@@ -36,47 +38,27 @@ TEST_F(ProductPathsTest, MissingKeyLeavesThePathUntouched) {
   EXPECT_EQ(ReadRegistryPath(kProductKey, L"InstallPath", path), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(ProductPathsTest, ValuesAndWhatTheyGive) {
-  const std::wstring longest(512, L'a');
-  const struct {
-    DWORD type;
-    std::wstring_view stored;
-    LSTATUS result;
-    std::wstring path;
-  } cases[] = {
-      {REG_SZ, L"C:\\Product\0"sv, 0, L"C:\\Product\\"},
-      {REG_SZ, L"C:\\Product\\\0"sv, 0, L"C:\\Product\\"},
-      {REG_SZ, L"C:\\a\0hidden\0"sv, 0, L"C:\\a\\"},
-      {REG_SZ, L"C:\\a"sv, 0, L"C:\\a\\"},  // no terminator
-      {REG_EXPAND_SZ, L"C:\\a\0"sv, ERROR_INVALID_DATA, L"C:\\a\\"},
-      {REG_BINARY, L"C:\\a\0"sv, ERROR_INVALID_DATA, L"C:\\a\\"},
-      {REG_SZ, L""sv, ERROR_INVALID_DATA, L""},
-      {REG_SZ, L"\0"sv, ERROR_INVALID_DATA, L""},
-      {REG_SZ, L"\0C:\\\0"sv, ERROR_INVALID_DATA, L""},
-      // 1022 bytes; 1024, with and without terminator, leave no room for the backslash; 1026.
-      {REG_SZ, {&longest[2], 511}, 0, longest.substr(2) + L'\\'},
-      {REG_SZ, {&longest[1], 512}, 0, longest.substr(1)},
-      {REG_SZ, {&longest[0], 512}, 0, longest.substr(1)},
-      {REG_SZ, {&longest[0], 513}, ERROR_MORE_DATA, L""}};
-  for (const auto& row : cases) {
-    SCOPED_TRACE(Utf8FromWide(row.stored));
-    SetInstallPath(row.type, row.stored);
-    WidePathText path;
-    EXPECT_EQ(ReadRegistryPath(kProductKey, L"InstallPath", path), row.result);
-    EXPECT_EQ(path.View(), row.path);
+TEST_F(ProductPathsTest, RecordedCases) {
+  for (const RecordedCase& recorded : CasesOf("product_path")) {
+    const auto stored = recorded.All("stored");
+    for (size_t i = 0; i < stored.size(); ++i) {
+      SCOPED_TRACE(recorded.Name() + ": " + stored[i]);
+      SetInstallPath(std::stoul(recorded.All("type").at(i)), WideFromUtf8(stored[i]).value());
+      WidePathText path;
+      EXPECT_EQ(std::to_string(ReadRegistryPath(kProductKey, L"InstallPath", path)),
+                recorded.All("result").at(i));
+      EXPECT_EQ(Utf8FromWide(path.View()), recorded.All("path").at(i));
+    }
   }
 }
 
-TEST_F(ProductPathsTest, EmptyRegistryGivesEmptyPathsAndBareDatabaseNames) {
-  const ProductPaths paths = ReadProductPaths();
-  for (const ProductFolder* folder : {&paths.install, &paths.data, &paths.console}) {
+TEST_F(ProductPathsTest, EachFolderComesFromItsOwnValueOrIsEmpty) {
+  const ProductPaths none = ReadProductPaths();
+  for (const ProductFolder* folder : {&none.install, &none.data, &none.console}) {
     EXPECT_TRUE(folder->wide.IsEmpty() && folder->utf8.IsEmpty());
   }
-  EXPECT_EQ(paths.databases[0].View(), "sigdb");
-  EXPECT_EQ(paths.databases[24].View(), "adblkuser.db");
-}
-
-TEST_F(ProductPathsTest, EachFolderComesFromItsOwnValue) {
+  EXPECT_EQ(none.databases[0].View(), "sigdb");
+  EXPECT_EQ(none.databases[24].View(), "adblkuser.db");
   SetInstallPath(REG_SZ, L"C:\\\u20AC\\\0"sv);
   SetDataPath(L"D:\\caf\u00E9");
   PrivateRegistry::SetText(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Velmora\\Zentrova", L"InstallPath",
@@ -94,12 +76,11 @@ TEST_F(ProductPathsTest, FolderOfWrongTypeOrTooLongInUtf8IsEmptyInBothForms) {
   const std::wstring longest = std::wstring(169, L'\u20AC') + L"abc";  // 510 bytes
   SetInstallPath(REG_SZ, longest + L'\0');
   EXPECT_EQ(ReadProductPaths().install.utf8.View().size(), 511U);
-  SetInstallPath(REG_SZ, longest + L'd' + L'\0');
-  EXPECT_TRUE(ReadProductPaths().install.utf8.IsEmpty());
-  EXPECT_TRUE(ReadProductPaths().install.wide.IsEmpty());
-  SetInstallPath(REG_EXPAND_SZ, L"C:\\Product\0"sv);
-  EXPECT_TRUE(ReadProductPaths().install.utf8.IsEmpty());
-  EXPECT_TRUE(ReadProductPaths().install.wide.IsEmpty());
+  for (const DWORD type : {REG_SZ, REG_EXPAND_SZ}) {
+    SetInstallPath(type, type == REG_SZ ? longest + L"d\0"s : L"C:\\Product\0"s);
+    EXPECT_TRUE(ReadProductPaths().install.utf8.IsEmpty());
+    EXPECT_TRUE(ReadProductPaths().install.wide.IsEmpty());
+  }
 }
 
 TEST_F(ProductPathsTest, DatabasePathIsCutAtItsBuffer) {

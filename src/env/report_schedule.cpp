@@ -1,6 +1,6 @@
 #include "env/report_schedule.h"
 
-#include "base/arithmetic.h"
+#include "base/calendar.h"
 
 namespace ostrell {
 

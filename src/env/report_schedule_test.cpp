@@ -2,158 +2,89 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
-#include <map>
-#include <string>
+#include <sstream>
 
 #include "tests/support/fake_settings_store.h"
+#include "tests/support/recorded_cases.h"
 
 namespace ostrell {
 namespace {
 
 constexpr int64_t kNow = 1700000000;
-constexpr int64_t kSmallest = std::numeric_limits<int64_t>::min();
-constexpr int64_t kLargest = std::numeric_limits<int64_t>::max();
+constexpr ReportTime kReports[] = {
+    kMachineInformationTime, kDetectionLogTime, kPopupBlockLogTime,  kSampleTime,
+    kFalsePositiveTime,      kQuarantineTime,   kScanStatisticsTime, kUnifiedReportTime};
 
-struct Row {
-  const char* key;
-  ReportTime report;
-  int64_t dueAge;  // of the last report, in seconds: the first age that is due; 0: any age is
-};
-constexpr Row kMachineInformation{"rpttm_ui", kMachineInformationTime, 0};
-constexpr Row kDetectionLog{"rpttm_li", kDetectionLogTime, 14400};
-constexpr Row kSamples{"rpttm_sf", kSampleTime, 14401};
-constexpr Row kScanStatistics{"rpttm_cc", kScanStatisticsTime, 1296000};
-constexpr Row kRows[] = {kMachineInformation,
-                         kDetectionLog,
-                         {"rpttm_li_tools", kPopupBlockLogTime, 14400},
-                         kSamples,
-                         {"rpttm_fp", kFalsePositiveTime, 14401},
-                         {"rpttm_qf", kQuarantineTime, 14401},
-                         kScanStatistics,
-                         {"rpttm_localinfo", kUnifiedReportTime, 14400}};
-
-bool IsDueAt(const Row& row, int64_t last, int64_t now) {
-  FakeSettingsStore store;
-  store.times[row.key] = last;
-  return IsDue(row.report, ReadReportWindow(store.Hold(), row.report.key, now), now);
-}
-
-TEST(ReportScheduleTest, EachReportIsDueFromItsOwnAgeOn) {
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(row.key);
-    for (const int64_t age : {row.dueAge, row.dueAge + 1, int64_t{1296000}, kNow}) {
-      EXPECT_TRUE(IsDueAt(row, kNow - age, kNow)) << age;
+TEST(ReportDue, RecordedCases) {
+  const auto cases = CasesOf("report_due");
+  EXPECT_EQ(cases.size(), std::size(kReports));
+  for (const RecordedCase& recorded : cases) {
+    const std::string& key = recorded["key"];
+    const auto* const report = std::ranges::find(kReports, std::wstring(key.begin(), key.end()),
+                                                 [](const auto& row) { return row.key; });
+    ASSERT_NE(report, std::end(kReports)) << key;
+    for (const bool isDue : {true, false}) {
+      for (const std::string& times : recorded.All(isDue ? "due" : "waits")) {
+        FakeSettingsStore store;
+        int64_t now = 0;
+        std::istringstream(times) >> store.times[key] >> now;
+        const ReportWindow window = ReadReportWindow(store.Hold(), report->key, now);
+        EXPECT_EQ(IsDue(*report, window, now), isDue) << key << ": " << times;
+      }
     }
-    for (const int64_t age : {row.dueAge - 1, int64_t{0}, int64_t{-1}, int64_t{-1296000}, -kNow}) {
-      EXPECT_EQ(IsDueAt(row, kNow - age, kNow), row.dueAge == 0) << age;
-    }
-    // A clock that failed makes all that have an age wait.
-    EXPECT_EQ(IsDueAt(row, kNow, -1), row.dueAge == 0);
-    EXPECT_EQ(IsDueAt(row, 0, -1), row.dueAge == 0);
   }
 }
 
-TEST(ReportScheduleTest, UnifiedReportTakesItsIntervalFromTheSetting) {
+TEST(ReportDue, SettingIsTheIntervalOfTheUnifiedReport) {
+  EXPECT_FALSE(IsDue(kDetectionLogTime, {kNow - 20000, kNow - 100}, kNow));
+  EXPECT_TRUE(IsDue(kUnifiedReportTime, {kNow - 20000, kNow - 100}, kNow));
   ReportTime report = kUnifiedReportTime;
   report.interval = std::numeric_limits<uint32_t>::max();
   EXPECT_TRUE(IsDue(report, {5000000000 - 4294967295, 0}, 5000000000));
   EXPECT_FALSE(IsDue(report, {5000000000 - 4294967294, 0}, 5000000000));
 }
 
-TEST(ReportScheduleTest, EveryReportIsDueWithoutStoreOrValue) {
-  FakeSettingsStore store;
-  const Settings empty = store.Hold();
-  const Settings none;
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(row.key);
-    for (const Settings* settings : {&empty, &none}) {
-      const ReportWindow window = ReadReportWindow(*settings, row.report.key, kNow);
-      EXPECT_EQ(window.last, 0);
-      EXPECT_EQ(window.start, 1699395200);
-      EXPECT_TRUE(IsDue(row.report, window, kNow));
-    }
-  }
-}
-
-// Values worked out by hand in 64-bit two's complement.
-TEST(ReportScheduleTest, ExtremeTimesWrap) {
-  // The look-back of the smallest number wraps to a large one, later than any stored time.
-  EXPECT_EQ(ReadReportWindow(Settings(), L"rpttm_li", kSmallest).start, 9223372036854171008);
-  EXPECT_TRUE(IsDueAt(kDetectionLog, 0, kSmallest));
-  // The window begins at the look-back; a difference that measures from the last time wraps.
-  EXPECT_TRUE(IsDueAt(kDetectionLog, kSmallest, kNow));
-  EXPECT_FALSE(IsDueAt(kScanStatistics, kSmallest, kNow));
-  EXPECT_TRUE(IsDueAt(kScanStatistics, kSmallest, -1));
-  EXPECT_TRUE(IsDueAt(kScanStatistics, kLargest, kSmallest + 1295999));
-  EXPECT_FALSE(IsDueAt(kScanStatistics, kLargest, kSmallest + 1295998));
-  EXPECT_FALSE(IsDueAt(kSamples, kLargest, kNow));
-  EXPECT_TRUE(IsDueAt(kMachineInformation, kLargest, kNow));
-}
-
-TEST(ReportScheduleTest, MachineInformationTimeAdvancesAfterMoreThanADay) {
+TEST(ReportDue, MachineInformationTimeAdvancesAfterMoreThanADay) {
   EXPECT_TRUE(AdvancesMachineInformationTime(86401));
-  for (const int64_t gap : {int64_t{86400}, int64_t{0}, int64_t{-1}, kSmallest}) {
-    EXPECT_FALSE(AdvancesMachineInformationTime(gap)) << gap;
-  }
+  EXPECT_FALSE(AdvancesMachineInformationTime(86400));
+  EXPECT_FALSE(AdvancesMachineInformationTime(std::numeric_limits<int64_t>::min()));
 }
 
-TEST(ReportScheduleTest, WindowBeginsAtTheLaterOfLookBackAndLastReport) {
-  const struct {
-    int64_t last;
-    int64_t start;
-    size_t readings;
-  } cases[] = {{0, 1699395200, 1},          {1699395199, 1699395200, 1},
-               {1699395200, 1699395200, 2}, {1699395201, 1699395201, 2},
-               {kNow + 5, kNow + 5, 2},     {kLargest, kLargest, 2},
-               {kSmallest, 1699395200, 1}};
-  for (const auto& [last, start, readings] : cases) {
-    SCOPED_TRACE(last);
-    FakeSettingsStore store;
-    store.times["rpttm_fp"] = last;
-    const ReportWindow window = ReadReportWindow(store.Hold(), L"rpttm_fp", kNow);
-    EXPECT_EQ(window.last, last);
-    EXPECT_EQ(window.start, start);
-    EXPECT_EQ(store.readKeys, std::vector<std::string>(readings, "rpttm_fp"));
-  }
-}
-
-TEST(ReportScheduleTest, SecondReadingGivesTheStart) {
-  // A store whose values change after the first reading.
+TEST(ReportWindow, RecordedCases) {
+  // Its value may be another one at the second reading, which gives the start.
   struct ChangingStore : FakeSettingsStore {
-    std::map<std::string, int64_t> later;
+    int64_t second = 0;
     int32_t ReadInt64(const char* key, int64_t* value) override {
       const int32_t found = FakeSettingsStore::ReadInt64(key, value);
-      times = later;
+      times[key] = second;
       return found;
     }
-  } store;
-  for (const int64_t second : {kNow - 100, int64_t{0}}) {
-    store.times = {{"rpttm_li", kNow - 20000}};
-    store.later.clear();
-    if (second != 0) {
-      store.later["rpttm_li"] = second;
-    }
-    const ReportWindow window = ReadReportWindow(store.Hold(), L"rpttm_li", kNow);
-    EXPECT_EQ(window.last, kNow - 20000);
-    EXPECT_EQ(window.start, second);
-    EXPECT_EQ(IsDue(kDetectionLogTime, window, kNow), second == 0);
-    EXPECT_TRUE(IsDue(kUnifiedReportTime, window, kNow));
+  };
+  for (const std::string& row : CasesOf("report_window").front().All("window")) {
+    ChangingStore store;
+    int64_t start = 0;
+    size_t readings = 0;
+    std::istringstream(row) >> store.times["rpttm_fp"] >> store.second >> start >> readings;
+    const int64_t last = store.times["rpttm_fp"];
+    const ReportWindow window = ReadReportWindow(store.Hold(), L"rpttm_fp", kNow);
+    EXPECT_EQ(window.last, last) << row;
+    EXPECT_EQ(window.start, start) << row;
+    EXPECT_EQ(store.readKeys, std::vector<std::string>(readings, "rpttm_fp")) << row;
   }
+  // The look-back of the smallest number wraps to a large one, later than any stored time.
+  EXPECT_EQ(ReadReportWindow({}, L"rpttm_li", std::numeric_limits<int64_t>::min()).start,
+            9223372036854171008);
 }
 
-TEST(ReportScheduleTest, TimesAreKeptUnderTheKeysOfTheStore) {
+TEST(ReportTimes, AreOf64Bits) {
   FakeSettingsStore store;
-  store.writeResult = 0;  // of no account
+  store.numbers["rpttm_li"] = 5;
   const Settings settings = store.Hold();
-  for (const Row& row : kRows) {
-    SCOPED_TRACE(row.key);
-    store.numbers[row.key] = 5;  // of another width: no time
-    EXPECT_EQ(ReadLastReportTime(settings, row.report.key), 0);
-    WriteLastReportTime(settings, row.report.key, kNow);
-    EXPECT_EQ(store.written.back(), std::pair(std::string(row.key), kNow));
-    EXPECT_EQ(ReadLastReportTime(settings, row.report.key), kNow);
-  }
+  EXPECT_EQ(ReadLastReportTime(settings, L"rpttm_li"), 0);
+  WriteLastReportTime(settings, L"rpttm_li", kNow);
+  EXPECT_EQ(store.times["rpttm_li"], kNow);
 }
 
 }  // namespace

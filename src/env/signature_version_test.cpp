@@ -1,145 +1,83 @@
 #include "env/signature_version.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
 namespace ostrell {
 namespace {
 
-using testing::ElementsAre;
+constexpr uint64_t kMissing = std::numeric_limits<uint64_t>::max();  // does not open
+constexpr uint64_t kNoRecord = kMissing - 1;                         // opens, but holds none
 
-enum class Outcome { kRead, kNoObject, kNoOpenEntry, kOpenFails, kRecordFails, kNoRecord };
+// A library of which every reading is laid down beforehand: the versions, in their order.
+struct Library {
+  static inline std::vector<uint64_t> readings;
+  static inline size_t made = 0;
+  static inline std::string files;  // the first letters of those opened
+  static inline int live = 0;       // objects and records given out
 
-// One reading of a file, in the order in which they are made.
-struct Step {
-  uint64_t version;
-  Outcome outcome = Outcome::kRead;
-};
-constexpr Step kMissing{0, Outcome::kOpenFails};
-
-// A library of which every reading is laid down beforehand, and which counts what it gave out.
-class SignatureVersionTest : public testing::Test {
- protected:
-  void SetUp() override { current = this; }
-
-  uint64_t Newest(std::vector<Step> readings) {
-    steps = std::move(readings);
-    made = 0;
-    opened.clear();
-    const uint64_t newest =
-        NewestSignatureVersion("D:\\data\\", Svclink({nullptr, CreateObject, TakeRecord}));
-    EXPECT_EQ(made, steps.size());
-    EXPECT_EQ(objects, 0);
-    EXPECT_EQ(records, 0);
-    return newest;
+  static SvclinkObject* Create(int32_t) {
+    static SvclinkObject object{};
+    object.open = Open;
+    object.release = [](SvclinkObject*) { EXPECT_EQ(--live, 0) << "a record outlived its file"; };
+    ++live;
+    ++made;
+    return &object;
   }
+  static uint64_t Version() { return made <= readings.size() ? readings[made - 1] : kMissing; }
 
-  // The files opened, without their folder.
-  std::vector<std::string> opened;
-
- private:
-  static SvclinkObject* CreateObject(int32_t kind) {
-    EXPECT_EQ(kind, 0);
-    const size_t number = current->made++;
-    current->step = number < current->steps.size() ? current->steps[number] : kMissing;
-    if (current->step.outcome == Outcome::kNoObject) {
-      return nullptr;
+  static int32_t Open(SvclinkObject*, const char* path, uint32_t) {
+    const std::string name = std::string(path).substr(14);
+    EXPECT_EQ(path, "D:\\data\\sigdb\\" + name);
+    const std::string names = "patt.db attr.db mal.db okh.db keyhash.db ";
+    EXPECT_NE(names.find(name + " "), std::string::npos) << name;
+    files += name.substr(0, 1);
+    return Version() == kMissing ? -1 : 0;
+  }
+  static int32_t Take(SvclinkObject*, SvclinkRecord** taken, int32_t) {
+    static SvclinkRecord record{};
+    record.version = Version();
+    record.release = [](SvclinkRecord* released) {
+      --live;
+      released->version = 0xDEAD;
+    };
+    if (Version() != kNoRecord) {
+      ++live;
+      *taken = &record;
     }
-    ++current->objects;
-    current->object = {};
-    current->object.release = ReleaseObject;
-    current->object.open = current->step.outcome == Outcome::kNoOpenEntry ? nullptr : Open;
-    return &current->object;
-  }
-
-  static int32_t Open(SvclinkObject*, const char* path, uint32_t flags) {
-    EXPECT_EQ(flags, 0x8000U);
-    const std::string folder = "D:\\data\\sigdb\\";
-    EXPECT_EQ(std::string(path).substr(0, folder.size()), folder);
-    current->opened.push_back(std::string(path).substr(folder.size()));
-    return current->step.outcome == Outcome::kOpenFails ? -1 : 0;
-  }
-
-  static int32_t TakeRecord(SvclinkObject* object, SvclinkRecord** record, int32_t argument) {
-    EXPECT_EQ(object, &current->object);
-    EXPECT_EQ(argument, 0);
-    if (current->step.outcome != Outcome::kRead) {
-      return current->step.outcome == Outcome::kRecordFails ? -1 : 0;
-    }
-    ++current->records;
-    current->record = {};
-    current->record.release = ReleaseRecord;
-    current->record.version = current->step.version;
-    *record = &current->record;
     return 0;
   }
-
-  static void ReleaseObject(SvclinkObject*) {
-    EXPECT_EQ(current->records, 0) << "a record outlived its file";
-    --current->objects;
-  }
-
-  static void ReleaseRecord(SvclinkRecord* record) {
-    record->version = 0xDEAD;
-    --current->records;
-  }
-
-  static inline SignatureVersionTest* current = nullptr;
-
-  std::vector<Step> steps;
-  size_t made = 0;
-  Step step = kMissing;
-  SvclinkObject object{};
-  SvclinkRecord record{};
-  int objects = 0;  // given out and not yet released
-  int records = 0;
 };
 
-TEST_F(SignatureVersionTest, FilesAreReadInTheirOrder) {
-  EXPECT_EQ(Newest({{5}, {5}, {4}, {3}, {2}, {1}}), 5U);
-  EXPECT_THAT(opened,
-              ElementsAre("patt.db", "patt.db", "attr.db", "mal.db", "okh.db", "keyhash.db"));
-}
-
-TEST_F(SignatureVersionTest, SecondReadingOfWhatDoesNotFallCounts) {
+TEST(SignatureVersion, SecondReadingOfWhatDoesNotFallCounts) {
   constexpr uint64_t kLarge = 0xFEDCBA9876543210;
   const struct {
-    std::vector<Step> readings;
+    std::vector<uint64_t> readings;
     uint64_t newest;
-    std::string files;  // their first letters
-  } cases[] = {{{{1}, {1}, {2}, {2}, {3}, {3}, {4}, {4}, {kLarge}, {kLarge}}, kLarge, "ppaammookk"},
-               {{{7}, {7}, {7}, {7}, {6}, {7}, {7}, {6}}, 7, "ppaamook"},
-               // Lower than the first reading, and lower than the newest so far.
-               {{{9}, {9}, {10}, {4}, {3}, {2}, {1}}, 4, "ppaamok"},
-               {{{9}, {9}, {10}, kMissing, {3}, {3}, {2}, {1}}, 3, "ppaammok"},
-               {{{1}, {1}, {2}, {2}, {3}, {3}, {4}, {4}, {5}, kMissing}, 0, "ppaammookk"},
-               // 0 does not fall below 0: each missing file is tried twice.
-               {std::vector<Step>(10, kMissing), 0, "ppaammookk"}};
-  for (const auto& row : cases) {
-    EXPECT_EQ(Newest(row.readings), row.newest);
-    std::string files;
-    for (const std::string& file : opened) {
-      files += file[0];
-    }
-    EXPECT_EQ(files, row.files);
+    const char* files;
+  } kCases[] = {{{5, 5, 4, 3, 2, 1}, 5, "ppamok"},
+                {{1, 1, 2, 2, 3, 3, 4, 4, kLarge, kLarge}, kLarge, "ppaammookk"},
+                {{7, 7, 7, 7, 6, 7, 7, 6}, 7, "ppaamook"},
+                // Lower than the first reading, and lower than the newest so far.
+                {{9, 9, 10, 4, 3, 2, 1}, 4, "ppaamok"},
+                {{9, 9, 10, kMissing, 3, 3, 2, 1}, 3, "ppaammok"},
+                {{1, 1, 2, 2, 3, 3, 4, 4, 5, kNoRecord}, 0, "ppaammookk"},
+                {{8, 8, kMissing, kNoRecord, kMissing, kNoRecord}, 8, "ppamok"},
+                // 0 does not fall below 0: each missing file is tried twice.
+                {std::vector(10, kMissing), 0, "ppaammookk"}};
+  for (const auto& row : kCases) {
+    Library::readings = row.readings;
+    Library::made = 0;
+    Library::files.clear();
+    const Svclink svclink({nullptr, Library::Create, Library::Take});
+    EXPECT_EQ(NewestSignatureVersion("D:\\data\\", svclink), row.newest);
+    EXPECT_EQ(Library::files, row.files);
+    EXPECT_EQ(Library::made, row.readings.size());
+    EXPECT_EQ(Library::live, 0);
   }
-}
-
-TEST_F(SignatureVersionTest, EveryFailureCountsAsZeroAndReleasesWhatWasTaken) {
-  for (const Outcome outcome : {Outcome::kNoObject, Outcome::kNoOpenEntry, Outcome::kOpenFails,
-                                Outcome::kRecordFails, Outcome::kNoRecord}) {
-    SCOPED_TRACE(static_cast<int>(outcome));
-    const Step failing{99, outcome};
-    EXPECT_EQ(Newest({{8}, {8}, failing, failing, failing, failing}), 8U);
-    EXPECT_EQ(Newest({{8}, failing, {5}, {5}, {4}, {3}, {2}}), 5U);
-  }
-}
-
-TEST(SignatureVersionWithoutLibraryTest, NothingIsRead) {
-  EXPECT_EQ(NewestSignatureVersion("D:\\data\\", Svclink({nullptr, nullptr, nullptr})), 0U);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "eventlog/classic_api.h"
+#include "eventlog/apis.h"
 #include "eventlog/event_record.h"
 #include "eventlog/filters.h"
 #include "eventlog/reading.h"

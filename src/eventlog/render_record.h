@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "eventlog/apis.h"
 #include "eventlog/event_record.h"
-#include "eventlog/evt_api.h"
 
 namespace eventlog {
 

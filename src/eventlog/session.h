@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "eventlog/evt_api.h"
+#include "eventlog/apis.h"
 #include "eventlog/filters.h"
 #include "eventlog/reading.h"
 

@@ -2,7 +2,7 @@
 
 #include "eventlog/classic_reader.h"
 #include "eventlog/session.h"
-#include "eventlog/system_error_text.h"
+#include "eventlog/apis.h"
 
 namespace eventlog {
 namespace {

@@ -1,6 +1,6 @@
 #include "machine/adapter_identity_win.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <ntddndis.h>
 
 #include <string>
@@ -11,53 +11,43 @@
 namespace ostrell {
 namespace {
 
-using testing::ElementsAre;
-
 // One adapter that passes both checks; its device does not open.
 class AdapterIdentityTest : public HardwareTest {
  protected:
   AdapterIdentityTest() {
-    adapters.adapters = {{"{A}", std::string("\x02\x42\xAC\x11\x00\x02", 6), 6}};
+    adapters.adapters = {{"{A}", std::string("\x02\x11\x22\x33\x00\x02", 6), 6}};
     devices.accesses = {};
-    Connect(L"{A}", L"PCI\\VEN_10EC&DEV_8168\\4&1");
-    AddDriver(L"0000", L"{A}", L"pci\\ven_10ec&dev_8168");
+    Connect(L"{A}", L"PCI\\VEN_F0F0&DEV_0001\\4&1");
+    AddDriver(L"0000", L"{A}", L"pci\\ven_f0f0&dev_0001");
   }
 
   uint8_t FeedPci() { return FeedPciAdapter(adapters.Api(), devices.Api(), md5); }
   uint8_t FeedFirst() { return FeedFirstAdapter(adapters.Api(), md5); }
 };
 
-TEST_F(AdapterIdentityTest, PermanentAddressOfAPciAdapterIsFed) {
-  devices.accesses = {0};
-  devices.answers[IOCTL_NDIS_QUERY_GLOBAL_STATS] = "\x10\x20\x30\x40\x50\x60";
-  EXPECT_EQ(FeedPci(), 0);
-  ExpectFed("\x10\x20\x30\x40\x50\x60");
-  EXPECT_THAT(devices.opened,
-              ElementsAre(FakeDevices::Opened{"\\\\.\\{A}", 0, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                              OPEN_EXISTING}));
-  EXPECT_THAT(devices.asked, ElementsAre(FakeDevices::Asked{IOCTL_NDIS_QUERY_GLOBAL_STATS,
-                                                            "\x01\x01\x01\x01", 256}));
-}
-
-TEST_F(AdapterIdentityTest, CurrentAddressStandsInWhereTheDriverDoesNotTell) {
+TEST_F(AdapterIdentityTest, CurrentAddressStandsInWhereTheDriverDoesNotTellThePermanentOne) {
   EXPECT_EQ(FeedPci(), 0);  // the device does not open
   devices.accesses = {0};
   EXPECT_EQ(FeedPci(), 0);  // it opens, but refuses
-  ExpectFed({"\x02\x42\xAC\x11\x00\x02\x02\x42\xAC\x11\x00\x02", 12});
-}
-
-TEST_F(AdapterIdentityTest, AnswerPastItsBufferIsCutToIt) {
-  devices.accesses = {0};
-  devices.answers[IOCTL_NDIS_QUERY_GLOBAL_STATS] = std::string(256, 'a');
-  devices.surplus = 1;
+  std::string& answer = devices.answers[IOCTL_NDIS_QUERY_GLOBAL_STATS];
+  answer = "\x10\x20\x30\x40\x50\x60";
   EXPECT_EQ(FeedPci(), 0);
-  ExpectFed(std::string(256, 'a'));
+  answer = std::string(256, 'a');
+  devices.surplus = 1;  // past the buffer
+  EXPECT_EQ(FeedPci(), 0);
+  ExpectFed(std::string("\x02\x11\x22\x33\x00\x02\x02\x11\x22\x33\x00\x02", 12) +
+            "\x10\x20\x30\x40\x50\x60" + answer);
+  EXPECT_EQ(
+      devices.opened.back(),
+      FakeDevices::Opened("\\\\.\\{A}", 0, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING));
+  EXPECT_EQ(devices.asked.back(),
+            FakeDevices::Asked(IOCTL_NDIS_QUERY_GLOBAL_STATS, "\x01\x01\x01\x01", 256));
 }
 
 TEST_F(AdapterIdentityTest, FirstAdapterThatPassesBothChecksIsTaken) {
   adapters.adapters = {{"{no keys}", "1", 1}, {"{B}", "22", 2}, {"{A}", "333", 3}, {"{C}", "4", 1}};
   Connect(L"{B}", L"pci\\1");
-  AddDriver(L"0001", L"{B}", L"usb\\vid_0bda");
+  AddDriver(L"0001", L"{B}", L"usb\\vid_f0f1");
   Connect(L"{C}", L"pci\\1");
   AddDriver(L"0002", L"{C}", L"pci\\1");
   EXPECT_EQ(FeedPci(), 0);
@@ -65,30 +55,25 @@ TEST_F(AdapterIdentityTest, FirstAdapterThatPassesBothChecksIsTaken) {
 }
 
 TEST_F(AdapterIdentityTest, AdapterThatFailsOneCheckIsStatus5) {
-  const struct {
-    const wchar_t* instance;
-    const wchar_t* driverOf;
-    const wchar_t* device;
-  } cases[] = {{L"USB\\VID_0BDA", L"{A}", L"pci\\1"},
-               {L"pci", L"{A}", L"pci\\1"},
-               {L"", L"{A}", L"pci\\1"},
-               {L"xpci\\1", L"{A}", L"pci\\1"},
-               {L"pci\\1", L"{A}", L"usb\\pci\\1"},
-               {L"pci\\1", L"{A}", L""},
-               {L"pci\\1", L"{B}", L"pci\\1"},
-               {L"pci\\1", L"{a}", L"pci\\1"}};
-  for (const auto& row : cases) {
-    Connect(L"{A}", row.instance);
-    AddDriver(L"0000", row.driverOf, row.device);
-    EXPECT_EQ(FeedPci(), 5) << Utf8FromWide(row.instance) << " " << Utf8FromWide(row.device);
+  const wchar_t* const rows[][3] = {// instance, whose driver, its device
+                                    {L"USB\\VID_F0F1", L"{A}", L"pci\\1"},
+                                    {L"pci", L"{A}", L"pci\\1"},
+                                    {L"", L"{A}", L"pci\\1"},
+                                    {L"xpci\\1", L"{A}", L"pci\\1"},
+                                    {L"pci\\1", L"{A}", L"usb\\pci\\1"},
+                                    {L"pci\\1", L"{A}", L""},
+                                    {L"pci\\1", L"{B}", L"pci\\1"},
+                                    {L"pci\\1", L"{a}", L"pci\\1"}};
+  for (const auto& [instance, driverOf, device] : rows) {
+    Connect(L"{A}", instance);
+    AddDriver(L"0000", driverOf, device);
+    EXPECT_EQ(FeedPci(), 5) << Utf8FromWide(instance) << " " << Utf8FromWide(device);
   }
   ExpectFed("");
   EXPECT_TRUE(devices.opened.empty());
 }
 
-using AdapterWithoutKeysTest = HardwareTest;
-
-TEST_F(AdapterWithoutKeysTest, MissingKeysAreStatus5) {
+TEST_F(HardwareTest, AdapterWithoutKeysIsStatus5) {
   adapters.adapters = {{"{A}", "1", 1}};
   EXPECT_EQ(FeedPciAdapter(adapters.Api(), devices.Api(), md5), 5);
   Connect(L"{A}", L"pci\\1");  // there is no key of drivers
@@ -106,21 +91,17 @@ TEST_F(AdapterIdentityTest, PrintsEachDriverKeyOfTheAdapter) {
 }
 
 TEST_F(AdapterIdentityTest, ListThatCannotBeHadHasItsStatus) {
-  const struct {
-    ULONG firstResult;
-    ULONG secondResult;
-    bool hasMemory;
-    uint8_t status;
-  } cases[] = {{NO_ERROR, NO_ERROR, true, 1},
-               {ERROR_NO_DATA, NO_ERROR, true, 1},
-               {ERROR_BUFFER_OVERFLOW, NO_ERROR, false, 3},
-               {ERROR_BUFFER_OVERFLOW, ERROR_BUFFER_OVERFLOW, true, 4}};
-  for (const auto& row : cases) {
-    adapters.firstResult = row.firstResult;
-    adapters.secondResult = row.secondResult;
-    adapters.hasMemory = row.hasMemory;
-    EXPECT_EQ(FeedPci(), row.status);
-    EXPECT_EQ(FeedFirst(), row.status);
+  const auto expect = [this](uint8_t status) {
+    EXPECT_EQ(FeedPci(), status);
+    EXPECT_EQ(FeedFirst(), status);
+  };
+  adapters.secondResult = ERROR_BUFFER_OVERFLOW;
+  expect(4);
+  adapters.hasMemory = false;
+  expect(3);
+  for (const ULONG result : {ERROR_NO_DATA, NO_ERROR}) {
+    adapters.firstResult = result;
+    expect(1);
   }
   ExpectFed("");
 }

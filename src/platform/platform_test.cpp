@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdint>
+#include <utility>
 
 #include "platform/policydb.h"
 #include "platform/svclink.h"
@@ -12,21 +12,19 @@ namespace {
 
 int called = -1;
 
-// An object as the library makes it: the address of a table of functions. Each notes its number.
 template <int number>
 intptr_t Note(void*) {
   called = number;
   return 0;
 }
-struct Table {
-  static constexpr std::array<intptr_t (*)(void*), 14> kFunctions = {
+
+// An object as the library makes it: the address of a table of functions.
+template <class Object>
+Object& Foreign() {
+  static constexpr intptr_t (*kFunctions[])(void*) = {
       Note<0>, Note<1>, Note<2>, Note<3>,  Note<4>,  Note<5>,  Note<6>,
       Note<7>, Note<8>, Note<9>, Note<10>, Note<11>, Note<12>, Note<13>};
-  const void* functions = kFunctions.data();
-};
-
-template <class Object>
-Object& As(Table& table) {
+  static const void* table = kFunctions;
   return *reinterpret_cast<Object*>(&table);
 }
 
@@ -38,20 +36,19 @@ Object& As(Table& table) {
 
 // The numbers are those of the library's own interface.
 TEST(PolicyDb, OperationsAreAtTheirSlots) OSTRELL_FOREIGN_OBJECT {
-  Table table;
   int32_t number = 0;
   int64_t time = 0;
   const auto expect = [](int slot) { EXPECT_EQ(std::exchange(called, -1), slot); };
-  auto& store = As<SettingsStore>(table);
+  auto& store = Foreign<SettingsStore>();
   store.Release(), expect(0);
   store.ReadInt32("", &number), expect(1);
   store.ReadInt64("", &time), expect(2);
   store.WriteInt64("", 0), expect(5);
-  auto& document = As<PolicyDocument>(table);
+  auto& document = Foreign<PolicyDocument>();
   document.Release(), expect(2);
   document.Json(), expect(4);
   document.Query(nullptr), expect(7);
-  auto& quarantine = As<Quarantine>(table);
+  auto& quarantine = Foreign<Quarantine>();
   quarantine.Release(), expect(0);
   quarantine.Restore(0, nullptr), expect(9);
   quarantine.List(), expect(13);
@@ -77,6 +74,27 @@ TEST(Svclink, ObjectWithoutOperationsIsNone) {
       {.queryKind = nullptr, .createObject = [](int32_t) { return &bare; }, .takeRecord = nullptr});
   EXPECT_FALSE(svclink.OpenStream());
   EXPECT_FALSE(svclink.OpenSignatureFile("patt.db"));
+}
+
+// A kind is told by the result 1 alone, a record by any that is not negative.
+TEST(Svclink, ResultsDecide) {
+  static int32_t result;
+  static SvclinkRecord record{};
+  const Svclink svclink({.queryKind =
+                             [](SvclinkObject*, uint32_t* kind, int32_t) {
+                               *kind = 7;
+                               return result;
+                             },
+                         .createObject = nullptr,
+                         .takeRecord =
+                             [](SvclinkObject*, SvclinkRecord** taken, int32_t) {
+                               *taken = &record;
+                               return result;
+                             }});
+  for (result = -1; result <= 2; ++result) {
+    EXPECT_EQ(svclink.KindOf(nullptr), result == 1 ? 7u : 0u);
+    EXPECT_EQ(static_cast<bool>(svclink.TakeRecord(nullptr)), result >= 0);
+  }
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ struct Quarantine {
   virtual void Reserved6() = 0;
   virtual void Reserved7() = 0;
   virtual void Reserved8() = 0;
-  // Slot 9: writes a held file into the stream; success is assumed::IsRestored of the result.
+  // Slot 9: writes a held file into the stream; success is assumed::IsYes of the result.
   virtual int32_t Restore(int64_t id, SvclinkObject* stream) = 0;
   virtual void Reserved10() = 0;  // slots 10 to 12
   virtual void Reserved11() = 0;

@@ -31,7 +31,8 @@ SvclinkObjectOwner Svclink::Open(int32_t kind, const char* path, uint32_t flags)
 
 uint32_t Svclink::KindOf(SvclinkObject* object) const {
   uint32_t kind = 0;
-  const bool holds = entries.queryKind != nullptr && entries.queryKind(object, &kind, 1) == 1;
+  const bool holds =
+      entries.queryKind != nullptr && (entries.queryKind(object, &kind, 1) & 0xFF) == 1;
   return holds ? kind : 0;
 }
 

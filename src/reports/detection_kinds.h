@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
+#include <optional>
+
+#include "base/json.h"
 
 namespace ostrell {
 
-// The kinds of detection records: the low 31 bits of a record's "fid".
+// Detection records of the product. Their kind is the low 31 bits of "fid".
 //
 // What the detection log reports, in the order in which the record store is asked.
 inline constexpr std::array<int32_t, 23> kReportedKinds = {
@@ -19,22 +21,20 @@ constexpr uint32_t KindOf(int32_t fid) {
   return static_cast<uint32_t>(fid) & ~kSubmittedBit;
 }
 
-// A field of "detail" that takes part in the fingerprint of a record.
-struct FingerprintField {
-  enum class Type {
-    kText,          // its bytes; nothing when it is missing or no text
-    kInteger,       // the low 32 bits, little-endian; 0 when it is missing or no integer
-    kTextOfMaster,  // text of "processes"."master"
-    kTextOfRogue,   // text that counts only where "clsname" is "rogue"
-    kTextOfOthers,  // text that counts only elsewhere
-  };
-
-  const char* name;
-  Type type;
+// What every record has; nothing when one of them is missing or "fid" is no integer.
+struct UnpackedRecord {
+  int32_t fid;
+  json_t* detail;  // borrowed
 };
+inline std::optional<UnpackedRecord> UnpackRecord(const json_t* record) {
+  const auto fid = IntegerMember(record, "fid");
+  json_t* const detail = json_object_get(record, "detail");
+  return fid && detail != nullptr ? std::optional(UnpackedRecord{*fid, detail}) : std::nullopt;
+}
 
-// The fields that tell two records of a kind apart, in the order of the fingerprint. Empty for a
-// kind that has none: its records are one event.
-std::span<const FingerprintField> FingerprintFields(uint32_t kind);
+// What the "detail" of some kinds says of the process that brought another one along; borrowed.
+inline json_t* MasterProcess(const json_t* detail) {
+  return json_object_get(json_object_get(detail, "processes"), "master");
+}
 
 }  // namespace ostrell

@@ -8,21 +8,6 @@
 namespace ostrell {
 namespace {
 
-struct Unpacked {
-  int32_t fid;
-  json_t* detail;
-};
-
-std::optional<Unpacked> Unpack(const json_t* record) {
-  const auto fid = IntegerMember(record, "fid");
-  json_t* const detail = json_object_get(record, "detail");
-  return fid && detail != nullptr ? std::optional(Unpacked{*fid, detail}) : std::nullopt;
-}
-
-json_t* MasterProcess(const json_t* detail) {
-  return json_object_get(json_object_get(detail, "processes"), "master");
-}
-
 // Merges the members of `from` into `to`. One of them may replace the one that holds `from`.
 void Merge(json_t* to, json_t* from) {
   const JsonOwner kept(json_incref(from));
@@ -56,36 +41,6 @@ void DeleteMailMembers(json_t* detail) {
 
 bool HasMember(const json_t* object, const char* name) {
   return json_object_get(object, name) != nullptr;
-}
-
-uint32_t ChainInteger(uint32_t fingerprint, int32_t value) {
-  char bytes[sizeof value];
-  for (size_t i = 0; i < sizeof value; ++i) {
-    bytes[i] = static_cast<char>(static_cast<uint32_t>(value) >> (8 * i));
-  }
-  return ChainFingerprint(fingerprint, {bytes, sizeof bytes});
-}
-
-uint32_t ChainText(uint32_t fingerprint, const json_t* value) {
-  return json_is_string(value)
-             ? ChainFingerprint(fingerprint, {json_string_value(value), json_string_length(value)})
-             : fingerprint;
-}
-
-uint32_t ChainField(uint32_t fingerprint, const json_t* detail, const FingerprintField& field) {
-  using Type = FingerprintField::Type;
-  const json_t* const owner = field.type == Type::kTextOfMaster ? MasterProcess(detail) : detail;
-  const json_t* const value = json_object_get(owner, field.name);
-  if (field.type == Type::kInteger) {
-    return ChainInteger(fingerprint, static_cast<int32_t>(json_integer_value(value)));
-  }
-  if (field.type == Type::kTextOfRogue || field.type == Type::kTextOfOthers) {
-    const bool isRogue = TextMember(detail, "clsname") == "rogue";
-    if (isRogue != (field.type == Type::kTextOfRogue)) {
-      return fingerprint;
-    }
-  }
-  return ChainText(fingerprint, value);
 }
 
 void MarkSubmitted(json_t* record) {
@@ -140,7 +95,7 @@ void AddBaseNames(json_t* record) {
 
 bool NormalizeRecord(json_t* record) {
   json_object_del(record, "id");
-  const auto unpacked = Unpack(record);
+  const auto unpacked = UnpackRecord(record);
   if (!unpacked) {
     return false;
   }
@@ -168,18 +123,6 @@ bool NormalizeRecord(json_t* record) {
     default:
       return true;
   }
-}
-
-uint32_t RecordFingerprint(const json_t* record) {
-  const auto unpacked = Unpack(record);
-  if (!unpacked) {
-    return 0;
-  }
-  uint32_t fingerprint = ChainInteger(0, unpacked->fid);
-  for (const FingerprintField& field : FingerprintFields(KindOf(unpacked->fid))) {
-    fingerprint = ChainField(fingerprint, unpacked->detail, field);
-  }
-  return fingerprint;
 }
 
 json_t* FlattenRecord(json_t* record) {

@@ -20,9 +20,6 @@ JsonOwner KeepDetectionRecords(const JsonOwner& records);
 // when the record is dropped: no "fid" or "detail", or a member missing that its kind has to have.
 bool NormalizeRecord(json_t* record);
 
-// The fingerprint of a normalised record; 0 without "fid" or "detail".
-uint32_t RecordFingerprint(const json_t* record);
-
 // Rewrites a normalised record as an object of one level and returns it: the members of "detail"
 // replace its own of the same name, "submit_record" marks what the user submitted, "treatment"
 // keeps its low 16 bits, "ts" becomes "ts_occur", and each path is joined by its base name.

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "base/arithmetic.h"
+#include "base/calendar.h"
 #include "env/customer_id.h"
 #include "env/product_version.h"
 #include "env/report_schedule.h"

@@ -26,7 +26,7 @@ std::optional<ByteBuffer> ReadSample(SvclinkObject& stream) {
 
 std::optional<ByteBuffer> Restore(const Run& run, Quarantine& quarantine, int64_t id) {
   const SvclinkObjectOwner stream = run.svclink.OpenStream();
-  if (!stream || !assumed::IsRestored(quarantine.Restore(id, stream.Get()))) {
+  if (!stream || !assumed::IsYes(quarantine.Restore(id, stream.Get()))) {
     return std::nullopt;
   }
   return ReadSample(*stream.Get());
@@ -71,9 +71,7 @@ bool IsWanted(const QuarantineEntry& entry, const QuarantineInstructions& instru
 }
 
 bool MatchesAnyPattern(std::string_view text, const json_t* patterns) {
-  size_t index = 0;
-  json_t* pattern = nullptr;
-  json_array_foreach(patterns, index, pattern) {
+  for (const json_t* const pattern : Elements(patterns)) {
     if (json_string_length(pattern) > 0 &&
         MatchesWildcard(text, {json_string_value(pattern), json_string_length(pattern)})) {
       return true;
@@ -87,9 +85,7 @@ int32_t RunQuarantinePass(const JsonOwner& entries, int64_t from,
                           const Clock& clock) {
   const SampleTimeBudget budget(clock);
   int32_t sent = 0;
-  size_t index = 0;
-  json_t* element = nullptr;
-  json_array_foreach(entries.Get(), index, element) {
+  for (const json_t* const element : Elements(entries.Get())) {
     const auto entry = ReadQuarantineEntry(element);
     if (!entry || entry->time < from) {
       continue;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "base/arithmetic.h"
 #include "base/bytes.h"
+#include "base/calendar.h"
 #include "base/murmur.h"
 #include "base/text.h"
 
@@ -49,9 +49,7 @@ bool SampleTimeBudget::IsSpent() const {
 void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& handled,
                    const std::function<void(std::string_view path)>& submit, const Clock& clock) {
   const SampleTimeBudget budget(clock);
-  size_t index = 0;
-  json_t* record = nullptr;
-  json_array_foreach(records.Get(), index, record) {
+  for (const json_t* const record : Elements(records.Get())) {
     if (budget.IsSpent()) {
       return;
     }

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/run_job.h"
-#include "transport/upload_json.h"
+#include "transport/upload_report.h"
 
 namespace ostrell {
 
@@ -21,7 +21,8 @@ int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url, JsonOwner records) 
   if (json_array_size(records.Get()) == 0) {
     return 0;
   }
-  return UploadJson(url.CStr(), std::move(records)).value_or(0);
+  const auto body = MakeJsonBody(std::move(records));
+  return body ? UploadReport(url.CStr(), body->text.Get(), body->length) : 0;
 }
 
 ReportOrigin OriginOf(const Run& run) {

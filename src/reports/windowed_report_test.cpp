@@ -1,6 +1,5 @@
 #include "reports/windowed_report.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <new>
@@ -12,89 +11,64 @@ namespace {
 
 constexpr int64_t kNow = FakeRun::kNow;
 constexpr int64_t kWeekAgo = 1794960720;
+constexpr int64_t kNotDue = -1;
 
-const ReportTime kReports[] = {kDetectionLogTime, kPopupBlockLogTime, kSampleTime,
-                               kFalsePositiveTime, kQuarantineTime};
+// The start of the window that is sent; kNotDue when none is. `result` is what the sending gives.
+int64_t StartOf(FakeRun& run, const ReportTime& report, int32_t result) {
+  int64_t start = kNotDue;
+  RunWindowedReport(run.Get(), report, [&](int64_t from) {
+    start = from;
+    return result;
+  });
+  return start;
+}
 
-TEST(RunWindowedReport, SendsWhatIsDueAndRecordsOnlySuccess) {
+class WindowedReport : public testing::TestWithParam<ReportTime> {
+ protected:
+  const std::string key{GetParam().key.begin(), GetParam().key.end()};
+  const bool isLog = key.starts_with("rpttm_li");
+  FakeRun run;
+};
+INSTANTIATE_TEST_SUITE_P(All, WindowedReport,
+                         testing::Values(kDetectionLogTime, kPopupBlockLogTime, kSampleTime,
+                                         kFalsePositiveTime, kQuarantineTime));
+
+TEST_P(WindowedReport, SendsWhatIsDueAndRecordsOnlySuccess) {
   const struct {
     int64_t age;    // of the last report in seconds
-    int64_t start;  // of the window; 0: not due
-  } cases[] = {{2592000, kWeekAgo},
-               {604801, kWeekAgo},
-               {604800, kWeekAgo},
+    int64_t start;  // of the window
+  } cases[] = {{604801, kWeekAgo},
                {604799, kWeekAgo + 1},
                {14401, kNow - 14401},
-               {14399, 0},
-               {10800, 0},
-               {0, 0},
-               {-1, 0},
-               {-604800, 0}};
-  for (const ReportTime& report : kReports) {
-    const std::string key(report.key.begin(), report.key.end());
-    for (const auto& [age, start] : cases) {
-      for (const int32_t result : {1, 0}) {
-        FakeRun fake;
-        fake.store.times[key] = kNow - age;
-        std::vector<int64_t> starts;
-        RunWindowedReport(fake.Get(), report, [&](int64_t from) {
-          starts.push_back(from);
-          return result;
-        });
-        SCOPED_TRACE(key + " " + std::to_string(age));
-        const bool isDue = start != 0;
-        EXPECT_EQ(starts, std::vector<int64_t>(isDue ? 1 : 0, start));
-        EXPECT_EQ(fake.store.times[key], isDue && result == 1 ? kNow : kNow - age);
-      }
+               // Exactly four hours after the last one only the logs are due.
+               {14400, isLog ? kNow - 14400 : kNotDue},
+               {14399, kNotDue},
+               {-604800, kNotDue}};
+  for (const auto& [age, start] : cases) {
+    for (const int32_t result : {0, 1}) {
+      run.store.times[key] = kNow - age;
+      EXPECT_EQ(StartOf(run, GetParam(), result), start) << age;
+      EXPECT_EQ(run.store.times[key], start != kNotDue && result == 1 ? kNow : kNow - age) << age;
     }
   }
 }
 
-// Exactly four hours after the last one only the logs are due.
-TEST(RunWindowedReport, FourHours) {
-  for (const ReportTime& report : kReports) {
-    FakeRun fake;
-    fake.store.times[std::string(report.key.begin(), report.key.end())] = kNow - 14400;
-    bool isSent = false;
-    RunWindowedReport(fake.Get(), report, [&](int64_t) {
-      isSent = true;
-      return 1;
-    });
-    EXPECT_EQ(isSent, report.key.starts_with(L"rpttm_li"));
-  }
+TEST_P(WindowedReport, WithoutStoreEveryRunSendsAndWithoutClockNone) {
+  run.store.times[key] = kNow;
+  run.now = -1;
+  EXPECT_EQ(StartOf(run, GetParam(), 1), kNotDue);
+  run.now = kNow;
+  run.settings = Settings();
+  EXPECT_EQ(StartOf(run, GetParam(), 1), kWeekAgo);
 }
 
-TEST(RunWindowedReport, WithoutStoreEveryRunSendsAndWithoutClockNone) {
-  for (const ReportTime& report : kReports) {
-    int64_t start = 0;
-    const auto send = [&](int64_t from) {
-      start = from;
-      return 1;
-    };
-    FakeRun fake;
-    fake.store.times[std::string(report.key.begin(), report.key.end())] = kNow;
-    fake.now = -1;
-    RunWindowedReport(fake.Get(), report, send);
-    EXPECT_EQ(start, 0);
-    fake.now = kNow;
-    fake.settings = Settings();
-    RunWindowedReport(fake.Get(), report, send);
-    EXPECT_EQ(start, kWeekAgo);
-    EXPECT_THAT(fake.store.written, testing::IsEmpty());
-  }
+TEST(RunWindowedReport, WhatThrowsHasFailed) {
+  FakeRun run;
+  RunWindowedReport(run.Get(), kSampleTime, [](int64_t) -> int32_t { throw std::bad_alloc(); });
+  EXPECT_TRUE(run.store.written.empty());
 }
 
-TEST(RunWindowedReport, WhatThrowsHasFailedAndStopsNoOther) {
-  FakeRun fake;
-  for (const ReportTime& report : kReports) {
-    RunWindowedReport(fake.Get(), report, [](int64_t) -> int32_t { throw std::bad_alloc(); });
-  }
-  EXPECT_THAT(fake.store.written, testing::IsEmpty());
-}
-
-TEST(SendRecords, NothingToSendIsNoSuccess) {
-  EXPECT_EQ(SendRecords({}, {}), 0);
-  EXPECT_EQ(SendRecords({}, JsonOwner(json_array())), 0);
+TEST(SendRecords, TextThatIsNotUtf8IsNoSuccess) {
   EXPECT_EQ(SendRecords({}, JsonOwner(json_pack("[o]", json_string_nocheck("\xFF")))), 0);
 }
 

@@ -42,10 +42,9 @@ bool AppendList(const json_t* operand, BlockItemQuery& query) {
     return false;
   }
   query.text += " IN (";
-  size_t index = 0;
-  json_t* value = nullptr;
-  json_array_foreach(operand, index, value) {
-    query.text += index == 0 ? "?" : ",?";
+  const char* mark = "?";
+  for (json_t* const value : Elements(operand)) {
+    query.text += std::exchange(mark, ",?");
     Gather(value, query);
   }
   query.text += "))";
@@ -75,9 +74,8 @@ bool AppendConditions(const json_t* conditions, BlockItemQuery& query) {
     return conditions == nullptr;
   }
   query.text += " WHERE ";
-  size_t index = 0;
-  json_t* condition = nullptr;
-  json_array_foreach(conditions, index, condition) {
+  const char* opening = " (";
+  for (json_t* const condition : Elements(conditions)) {
     const char* column = nullptr;
     const char* comparison = nullptr;
     json_t* operand = nullptr;
@@ -85,7 +83,7 @@ bool AppendConditions(const json_t* conditions, BlockItemQuery& query) {
         0) {
       return false;
     }
-    query.text += index == 0 ? " (" : " AND (";
+    query.text += std::exchange(opening, " AND (");
     query.text += column;
     if (!AppendComparison(comparison, operand, query)) {
       return false;
@@ -117,10 +115,9 @@ bool AppendOrder(json_t* order, std::string& text) {
   if (!json_is_array(order)) {
     return AppendColumnOrder(order, kFirst, text);
   }
-  size_t index = 0;
-  json_t* column = nullptr;
-  json_array_foreach(order, index, column) {
-    if (!AppendColumnOrder(column, index == 0 ? kFirst : kNext, text)) {
+  OrderFormat format = kFirst;
+  for (json_t* const column : Elements(order)) {
+    if (!AppendColumnOrder(column, std::exchange(format, kNext), text)) {
       return false;
     }
   }

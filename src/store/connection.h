@@ -6,20 +6,10 @@
 
 namespace ostrell {
 
-struct ConnectionTraits {
-  using Handle = sqlite3*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle database) noexcept { sqlite3_close_v2(database); }
-};
-using Connection = Owner<ConnectionTraits>;
+using Connection = ClosedBy<sqlite3*, &sqlite3_close_v2>;
 
 // A mutex that this thread has entered; it is left at the end.
-struct MutexHoldTraits {
-  using Handle = sqlite3_mutex*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle mutex) noexcept { sqlite3_mutex_leave(mutex); }
-};
-using MutexHold = Owner<MutexHoldTraits>;
+using MutexHold = ClosedBy<sqlite3_mutex*, &sqlite3_mutex_leave>;
 
 // Keeps other threads off an open connection. The thread that holds it may hold it once more. The
 // connection must live longer than the result.

@@ -1,75 +1,76 @@
 #include "store/guarded_vfs.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <set>
 #include <utility>
 #include <vector>
 
-#include "base/text.h"
 #include "store/record_store.h"
 #include "store/schema.h"
-#include "store/statement.h"
+#include "tests/support/recorded_cases.h"
 
 namespace ostrell {
 namespace {
 
 namespace fs = std::filesystem;
+using Names = std::set<std::string>;
 
 constexpr char kOneRow[] = R"([{"id":1,"ts":5,"detail":[]}])";
-
-// What the system's VFS was asked about: the names behind the folder.
-std::set<std::string> asked;
-sqlite3_vfs* systemVfs = nullptr;
-
-void Note(const char* file) {
-  asked.insert(file == nullptr ? "temporary" : fs::path(file).filename().string());
-}
-
-sqlite3_vfs WatchingVfs() {
-  systemVfs = sqlite3_vfs_find(nullptr);
-  asked.clear();
-  sqlite3_vfs vfs = *systemVfs;
-  vfs.zName = "watching";
-  vfs.xOpen = [](sqlite3_vfs*, const char* file, sqlite3_file* opened, int flags, int* then) {
-    Note(file);
-    return systemVfs->xOpen(systemVfs, file, opened, flags, then);
-  };
-  vfs.xDelete = [](sqlite3_vfs*, const char* file, int sync) {
-    Note(file);
-    return systemVfs->xDelete(systemVfs, file, sync);
-  };
-  vfs.xAccess = [](sqlite3_vfs*, const char* file, int flags, int* result) {
-    Note(file);
-    return systemVfs->xAccess(systemVfs, file, flags, result);
-  };
-  return vfs;
-}
 
 // Long enough for a look at the clock.
 constexpr char kLongQuery[] =
     "WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n LIMIT 1000) "
     "SELECT count(*) FROM n";
 
-int64_t now = 0;
+// The files that the system's VFS is asked about, and those that it is to delete, in order.
+sqlite3_vfs* systemVfs = nullptr;
+Names asked;
+std::vector<std::string> deleted;
 
+std::string Note(const char* file) {
+  const std::string path = file == nullptr ? "temporary" : file;
+  return *asked.insert(path.substr(path.find_last_of("/\\") + 1)).first;
+}
+
+// In milliseconds: the clock, and the sleep, which takes no time.
+int64_t now = 0;
+int64_t slept = 0;
+
+// A database of one row in a folder with a name past ASCII.
 class GuardedVfsTest : public testing::Test {
  protected:
   void SetUp() override {
     fs::create_directories(folder);
-    now = 0;
-    path = Utf8FromWide((folder / "items.db").wstring());
+    watching.zName = "watching";
+    watching.xSleep = [](sqlite3_vfs*, int microseconds) {
+      slept += microseconds / 1000;
+      return microseconds;
+    };
+    watching.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* opened, int flags, int* to) {
+      Note(name);
+      return systemVfs->xOpen(systemVfs, name, opened, flags, to);
+    };
+    watching.xDelete = [](sqlite3_vfs*, const char* name, int sync) {
+      deleted.push_back(Note(name));
+      return systemVfs->xDelete(systemVfs, name, sync);
+    };
+    watching.xAccess = [](sqlite3_vfs*, const char* name, int flags, int* result) {
+      Note(name);
+      return systemVfs->xAccess(systemVfs, name, flags, result);
+    };
+    ASSERT_EQ(sqlite3_vfs_register(&watching, 1), SQLITE_OK);
     ASSERT_EQ(Open(), "");
-    ASSERT_EQ(
-        ExecBound(store.Get(), "INSERT INTO BlockItemLog(ts,detail) VALUES(5,'[]')", -1, "", {}),
-        1);
+    ASSERT_EQ(Execute("INSERT INTO BlockItemLog(ts,detail) VALUES(5,'[]')"), SQLITE_OK);
+    asked.clear();
   }
   void TearDown() override {
     CloseRecordStore(store);
+    sqlite3_vfs_unregister(&watching);
     fs::remove_all(folder);
   }
 
@@ -82,61 +83,47 @@ class GuardedVfsTest : public testing::Test {
 
   int Execute(const char* sql) { return sqlite3_exec(store.Get(), sql, nullptr, nullptr, nullptr); }
 
+  int ExecuteAt(int64_t time, const char* sql) {
+    now = time;
+    return Execute(sql);
+  }
+
   const fs::path folder =
-      fs::temp_directory_path() / ("ostrell_guard_" + std::to_string(std::random_device()()));
-  std::string path;
+      fs::temp_directory_path() / (fs::path(u8"ostrell \u00E9\u4E2D") += std::to_string(getpid()));
+  const fs::path file = folder / "items.db";
+  const std::string path = reinterpret_cast<const char*>(file.u8string().c_str());
+  sqlite3_vfs watching = *(systemVfs = sqlite3_vfs_find(nullptr));
   Connection store;
   int schema = 0;
 };
 
-// A journal that names a file as the one which lists all journals of a transaction: SQLite deletes
-// that file once none of the journals it lists is there.
-std::string JournalNaming(std::string_view file) {
-  const auto number = [](uint32_t value) {
-    return std::string{static_cast<char>(value >> 24), static_cast<char>(value >> 16),
-                       static_cast<char>(value >> 8), static_cast<char>(value)};
-  };
-  const std::string magic = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
-  uint32_t sum = 0;
-  for (const char character : file) {
-    sum += static_cast<uint32_t>(character);
-  }
-  std::string journal =
-      magic + number(0) + number(0) + number(4) + number(512) + number(4096);  // no page
-  journal.resize(512);
-  return journal + number(0x40000000 / 4096 + 1) + std::string(file) +
-         number(static_cast<uint32_t>(file.size())) + number(sum) + magic;
-}
-
+// SQLite deletes the file that a journal names as the one which lists all journals of a
+// transaction, once none of those it lists is there.
 TEST_F(GuardedVfsTest, JournalThatNamesAnotherFile) {
-  CloseRecordStore(store);
-  const fs::path victim = folder / "victim";
-  const fs::path journal = folder / "items.db-journal";
-  std::ofstream(victim) << "keep";
-  std::ofstream(journal, std::ios::binary) << JournalNaming(Utf8FromWide(victim.wstring()));
-  const auto journalSize = fs::file_size(journal);
-  sqlite3_vfs watching = WatchingVfs();
-  ASSERT_EQ(sqlite3_vfs_register(&watching, 1), SQLITE_OK);
-  EXPECT_EQ(Open(), "");
-  EXPECT_EQ(schema, 0);
-  CloseRecordStore(store);
-  sqlite3_vfs_unregister(&watching);
-  EXPECT_EQ(asked, (std::set<std::string>{"items.db", "items.db-journal"}));
-  EXPECT_TRUE(fs::exists(victim));
-  ASSERT_EQ(fs::file_size(journal), journalSize);
-  fs::remove(journal);
-  EXPECT_EQ(Open(), kOneRow);
+  for (const RecordedCase& recorded : CasesOf("database_journal")) {
+    CloseRecordStore(store);
+    std::string content = recorded["header"];
+    content.resize(512);
+    content += recorded["record"];
+    const fs::path journal = fs::path(file) += "-journal";
+    std::ofstream(journal, std::ios::binary) << content;
+    asked.clear();
+    EXPECT_EQ(Open(), "") << recorded.Name();
+    EXPECT_EQ(schema, 0);
+    CloseRecordStore(store);
+    EXPECT_EQ(asked, (Names{"items.db", "items.db-journal"}));
+    ASSERT_EQ(fs::file_size(journal), content.size());
+    fs::remove(journal);
+    EXPECT_EQ(Open(), kOneRow);
+  }
 }
 
 TEST_F(GuardedVfsTest, OtherFiles) {
-  sqlite3_vfs watching = WatchingVfs();
-  ASSERT_EQ(sqlite3_vfs_register(&watching, 1), SQLITE_OK);
   EXPECT_EQ(Open(), kOneRow);
-  const std::string other =
-      "ATTACH '" + Utf8FromWide((folder / "other.db").wstring()) + "' AS other";
-  EXPECT_EQ(Execute(other.c_str()), SQLITE_ERROR);
+  constexpr char kOther[] = "ATTACH 'other.db' AS other";
+  EXPECT_EQ(Execute(kOther), SQLITE_ERROR);
   sqlite3_limit(store.Get(), SQLITE_LIMIT_ATTACHED, 10);
-  EXPECT_EQ(Execute(other.c_str()), SQLITE_ERROR);
+  EXPECT_EQ(Execute(kOther), SQLITE_ERROR);
   // Sorting and a statement that may have to be undone, both larger than what stays in a cache.
   EXPECT_EQ(Execute("CREATE TABLE big(x); INSERT INTO big SELECT randomblob(2000) FROM "
                     "(WITH RECURSIVE n(i) AS (VALUES(1) UNION ALL SELECT i+1 FROM n LIMIT 4000) "
@@ -145,59 +132,68 @@ TEST_F(GuardedVfsTest, OtherFiles) {
   EXPECT_NE(Execute("VACUUM"), SQLITE_OK);
   EXPECT_EQ(Execute("PRAGMA journal_mode=DELETE; DELETE FROM BlockItemLog"), SQLITE_OK);
   CloseRecordStore(store);
-  sqlite3_vfs_unregister(&watching);
-  EXPECT_EQ(asked, (std::set<std::string>{"items.db", "items.db-journal", "items.db-wal"}));
+  EXPECT_EQ(asked, (Names{"items.db", "items.db-journal", "items.db-wal"}));
 }
 
 TEST_F(GuardedVfsTest, RefusesWithoutAskingTheSystem) {
-  sqlite3_vfs watching = WatchingVfs();
-  ASSERT_EQ(sqlite3_vfs_register(&watching, 1), SQLITE_OK);
   GuardedVfs* const guard = GuardedVfs::Open(path.c_str(), SteadyMilliseconds, store);
   ASSERT_NE(guard, nullptr);
   asked.clear();
   std::vector<std::max_align_t> memory(1 + guard->szOsFile / sizeof(std::max_align_t));
-  auto* const file = reinterpret_cast<sqlite3_file*>(memory.data());
+  auto* const opened = reinterpret_cast<sqlite3_file*>(memory.data());
   const std::string longer = path + "-journal2";
   for (const char* name : {path.c_str(), longer.c_str(), R"(\\192.0.2.1\share\x-journal)", ""}) {
-    for (const int kind : {SQLITE_OPEN_MAIN_DB, SQLITE_OPEN_MAIN_JOURNAL, SQLITE_OPEN_WAL,
-                           SQLITE_OPEN_SUPER_JOURNAL, SQLITE_OPEN_TEMP_DB, SQLITE_OPEN_SUBJOURNAL,
-                           SQLITE_OPEN_TRANSIENT_DB, SQLITE_OPEN_TEMP_JOURNAL}) {
-      int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | kind;
-      EXPECT_EQ(guard->xOpen(guard, name, file, flags, &flags), SQLITE_CANTOPEN) << name << kind;
-      EXPECT_EQ(file->pMethods, nullptr);
+    // Each kind of file that SQLite knows.
+    for (int flags = SQLITE_OPEN_MAIN_DB; flags <= SQLITE_OPEN_WAL; flags *= 2) {
+      EXPECT_EQ(guard->xOpen(guard, name, opened, flags, nullptr), SQLITE_CANTOPEN) << name;
+      EXPECT_EQ(opened->pMethods, nullptr);
     }
     int exists = 0;
     EXPECT_EQ(guard->xDelete(guard, name, 0), SQLITE_IOERR_DELETE) << name;
     EXPECT_EQ(guard->xAccess(guard, name, SQLITE_ACCESS_EXISTS, &exists), SQLITE_IOERR_ACCESS);
   }
-  EXPECT_EQ(asked, std::set<std::string>());
+  // Side files are opened as what they are.
+  EXPECT_EQ(guard->xOpen(guard, (path + "-wal").c_str(), opened, SQLITE_OPEN_TEMP_DB, nullptr),
+            SQLITE_CANTOPEN);
+  EXPECT_EQ(asked, Names());
+}
+
+TEST_F(GuardedVfsTest, DamagedFileAloneIsDeletedAndReplaced) {
   CloseRecordStore(store);
-  sqlite3_vfs_unregister(&watching);
+  ASSERT_TRUE(std::ofstream(file, std::ios::binary) << std::string(5000, 'x') << std::flush);
+  deleted.clear();
+  EXPECT_EQ(Open(), "");
+  // The journal is that of the new one, which becomes a database for write-ahead logging.
+  EXPECT_EQ(deleted, (std::vector<std::string>{"items.db", "items.db-journal"}));
+  EXPECT_EQ(fs::file_size(file) % 4096, 0);
+}
+
+TEST_F(GuardedVfsTest, WaitsAMinuteForAWriter) {
+  Connection other = std::move(store);
+  for (const char* sql : {"PRAGMA journal_mode=DELETE", "BEGIN EXCLUSIVE"}) {
+    ASSERT_EQ(sqlite3_exec(other.Get(), sql, nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+  }
+  slept = 0;
+  EXPECT_EQ(OpenRecordStore(path.c_str(), store), 1);
+  EXPECT_EQ(slept, 60000);
+  EXPECT_EQ(Open(), "");
+  EXPECT_EQ(schema, 0);
+  CloseRecordStore(other);
+  EXPECT_EQ(Open(), kOneRow);
 }
 
 TEST_F(GuardedVfsTest, TimeIsUp) {
-  sqlite3_vfs sleeping = *sqlite3_vfs_find(nullptr);
-  sleeping.zName = "sleeping";
-  sleeping.xSleep = [](sqlite3_vfs*, int microseconds) {
-    now += 1000;
-    return microseconds;
-  };
-  ASSERT_EQ(sqlite3_vfs_register(&sleeping, 1), SQLITE_OK);
   GuardedVfs* const guard = GuardedVfs::Open(
-      path.c_str(), [] { return now; }, store);
+      path.c_str(), [] { return now + slept; }, store);
   ASSERT_NE(guard, nullptr);
+  now = slept = 0;
   guard->Allow(60);
-  const auto runAt = [&](int64_t time) {
-    now = time;
-    return Execute(kLongQuery);
-  };
-  EXPECT_EQ(runAt(59), SQLITE_OK);
-  EXPECT_EQ(runAt(60), SQLITE_INTERRUPT);
-  guard->xSleep(guard, 1);
-  EXPECT_EQ(runAt(1059), SQLITE_OK);
-  EXPECT_EQ(runAt(1060), SQLITE_INTERRUPT);
-  CloseRecordStore(store);
-  sqlite3_vfs_unregister(&sleeping);
+  for (const int times : {0, 1}) {
+    EXPECT_EQ(slept, 1000 * times);
+    EXPECT_EQ(ExecuteAt(59, kLongQuery), SQLITE_OK);
+    EXPECT_EQ(ExecuteAt(60, kLongQuery), SQLITE_INTERRUPT);
+    guard->xSleep(guard, 1000000);
+  }
 }
 
 // The clock stands still at the opening and then at another time.
@@ -214,25 +210,21 @@ TEST_F(GuardedVfsTest, CheckThatTakesTooLongLeavesEverything) {
   const auto openLater = [&](int64_t time) {
     now = 0;
     later = time;
-    return Open(ClockThatJumps);
+    const std::string found = Open(ClockThatJumps);
+    return found + " " + std::to_string(schema);
   };
-  EXPECT_EQ(openLater(60000), kOneRow);
-  EXPECT_EQ(schema, 1);
+  const std::string rows = kOneRow;
+  EXPECT_EQ(openLater(60000), rows + " 1");
   EXPECT_EQ(Execute("DELETE FROM BlockItemLog"), SQLITE_READONLY);
-  EXPECT_EQ(openLater(59999), kOneRow);
-  now = later = 59999 + 59999;
-  EXPECT_EQ(Execute(kLongQuery), SQLITE_OK);
-  now = later = 59999 + 60000;
-  EXPECT_EQ(Execute(kLongQuery), SQLITE_INTERRUPT);
-  EXPECT_EQ(openLater(59999), kOneRow);
+  EXPECT_EQ(openLater(59999), rows + " 1");
+  EXPECT_EQ(ExecuteAt(later = 59999 + 59999, kLongQuery), SQLITE_OK);
+  EXPECT_EQ(ExecuteAt(later = 59999 + 60000, kLongQuery), SQLITE_INTERRUPT);
+  EXPECT_EQ(openLater(59999), rows + " 1");
   EXPECT_EQ(Execute("DROP INDEX idx_BlockItemLog_ts_group_item"), SQLITE_OK);
-  EXPECT_EQ(openLater(60000), kOneRow);
-  EXPECT_EQ(schema, 0);
-  EXPECT_EQ(openLater(59999), "");
-  EXPECT_EQ(schema, 1);
+  EXPECT_EQ(openLater(60000), rows + " 0");
+  EXPECT_EQ(openLater(59999), " 1");
   EXPECT_EQ(Execute("DROP TABLE BlockItemLog"), SQLITE_OK);
-  EXPECT_EQ(openLater(60000), "");
-  EXPECT_EQ(schema, 0);
+  EXPECT_EQ(openLater(60000), " 0");
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // A read, a lock or an allocation that fails may cost a report, never the rows.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -25,22 +25,16 @@ struct Plan {
   int call = 0;
   bool lasts = false;
   int calls = 0;
-  int failed = 0;
+  bool failed = false;
 } plan;
 
-bool Fails(Fault kind) {
+bool Fails(Fault kind, sqlite3_int64 page = 0) {
   if (kind != plan.kind) {
     return false;
   }
-  ++plan.calls;
-  const bool fails = plan.lasts ? plan.calls >= plan.call : plan.calls == plan.call;
-  plan.failed += fails ? 1 : 0;
-  return fails;
-}
-
-bool IsBadPage(sqlite3_int64 offset) {
-  const bool fails = plan.kind == Fault::kBadPage && offset / 4096 + 1 == plan.call;
-  plan.failed += fails ? 1 : 0;
+  const int call = kind == Fault::kBadPage ? static_cast<int>(page) : ++plan.calls;
+  const bool fails = plan.lasts && page == 0 ? call >= plan.call : call == plan.call;
+  plan.failed = plan.failed || fails;
   return fails;
 }
 
@@ -58,7 +52,7 @@ const sqlite3_io_methods& SystemMethods(const sqlite3_file* file) {
 }
 
 int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
-  if (Fails(Fault::kRead) || IsBadPage(offset)) {
+  if (Fails(Fault::kRead) || Fails(Fault::kBadPage, offset / 4096 + 1)) {
     return SQLITE_IOERR_READ;
   }
   const int result = SystemMethods(file).xRead(file, bytes, size, offset);
@@ -70,21 +64,22 @@ int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
 
 int OpenFaulty(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* flagsThen) {
   const int result = systemVfs->xOpen(systemVfs, name, file, flags, flagsThen);
-  if (result == SQLITE_OK) {
-    FileMethods& methods = (flags & SQLITE_OPEN_MAIN_DB) != 0 ? databaseMethods : sideMethods;
-    methods = {file->pMethods, *file->pMethods};
-    methods.faulty.xRead = Read;
-    methods.faulty.xSync = [](sqlite3_file*, int) { return SQLITE_OK; };  // as fast as memory
-    methods.faulty.xLock = [](sqlite3_file* locked, int level) {
-      return Fails(Fault::kLock) ? SQLITE_BUSY : SystemMethods(locked).xLock(locked, level);
-    };
-    methods.faulty.xShmLock = [](sqlite3_file* locked, int offset, int count, int how) {
-      return (how & SQLITE_SHM_LOCK) != 0 && Fails(Fault::kLock)
-                 ? SQLITE_BUSY
-                 : SystemMethods(locked).xShmLock(locked, offset, count, how);
-    };
-    file->pMethods = &methods.faulty;
+  if (result != SQLITE_OK) {
+    return result;
   }
+  FileMethods& methods = (flags & SQLITE_OPEN_MAIN_DB) != 0 ? databaseMethods : sideMethods;
+  methods = {file->pMethods, *file->pMethods};
+  methods.faulty.xRead = Read;
+  methods.faulty.xSync = [](sqlite3_file*, int) { return SQLITE_OK; };  // as fast as memory
+  methods.faulty.xLock = [](sqlite3_file* locked, int level) {
+    return Fails(Fault::kLock) ? SQLITE_BUSY : SystemMethods(locked).xLock(locked, level);
+  };
+  methods.faulty.xShmLock = [](sqlite3_file* locked, int offset, int count, int how) {
+    return (how & SQLITE_SHM_LOCK) != 0 && Fails(Fault::kLock)
+               ? SQLITE_BUSY
+               : SystemMethods(locked).xShmLock(locked, offset, count, how);
+  };
+  file->pMethods = &methods.faulty;
   return result;
 }
 
@@ -100,9 +95,6 @@ void UseMemory(const sqlite3_mem_methods& memory, int reserve) {
 class RecordStoreFaultTest : public testing::Test {
  protected:
   void SetUp() override {
-    std::string made = fs::temp_directory_path() / "ostrell_faults_XXXXXX";
-    ASSERT_NE(mkdtemp(made.data()), nullptr);
-    folder = made;
     ASSERT_EQ(sqlite3_shutdown(), SQLITE_OK);
     ASSERT_EQ(sqlite3_config(SQLITE_CONFIG_GETMALLOC, &systemMemory), SQLITE_OK);
     sqlite3_mem_methods memory = systemMemory;
@@ -127,29 +119,21 @@ class RecordStoreFaultTest : public testing::Test {
   }
 
   // A database and its log, one of which holds the rows.
-  void Make(const char* settings) {
-    fs::remove(folder / "made.db");
+  void Make(const std::string& settings) const {
+    fs::remove_all(folder);
+    fs::create_directories(folder / "kept");
     Connection made;
-    ASSERT_EQ(sqlite3_open((folder / "made.db").c_str(), made.Receive()), SQLITE_OK);
-    const std::string sql = std::string(settings) + kBlockItemSchema.creation + ";" +
+    ASSERT_EQ(sqlite3_open((folder / "kept/items.db").c_str(), made.Receive()), SQLITE_OK);
+    ASSERT_EQ(sqlite3_db_config(made.Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr), 0);
+    const std::string sql = settings + kBlockItemSchema.creation + ";" +
                             kBlockItemIndexes[0].creation +
                             R"(;INSERT INTO BlockItemLog(ts,detail) VALUES(5,'{"a":1}'),(7,NULL);)";
     ASSERT_EQ(sqlite3_exec(made.Get(), sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-    CopyAll("made.db", "kept.db");
-  }
-
-  void CopyAll(const std::string& from, const std::string& to) const {
-    for (const std::string part : {"", "-wal", "-shm", "-journal"}) {
-      fs::remove(folder / (to + part));
-      if (part != "-shm" && fs::exists(folder / (from + part))) {
-        fs::copy_file(folder / (from + part), folder / (to + part));
-      }
-    }
   }
 
   std::string Rows() const {
     Connection store;
-    OpenRecordStore((folder / "items.db").c_str(), store, 0);
+    OpenRecordStore((folder / "used/items.db").c_str(), store, 0);
     if (plan.kind == Fault::kEmptyRead) {
       plan.kind = Fault::kNone;  // what is found sound is believed
     }
@@ -163,10 +147,12 @@ class RecordStoreFaultTest : public testing::Test {
   int FailEach(Fault kind, bool lasts) const {
     const auto used = sqlite3_memory_used();
     for (int call = 1;; ++call) {
-      CopyAll("kept.db", "items.db");
+      fs::remove_all(folder / "used");
+      fs::copy(folder / "kept", folder / "used");
+      fs::remove(folder / "used/items.db-shm");
       plan = {kind, call, lasts};
       Rows();
-      const bool failed = plan.failed > 0;
+      const bool failed = plan.failed;
       plan = {};
       EXPECT_EQ(sqlite3_memory_used(), used);
       EXPECT_EQ(Rows(), kRows) << "call " << call << " of kind " << static_cast<int>(kind);
@@ -176,7 +162,8 @@ class RecordStoreFaultTest : public testing::Test {
     }
   }
 
-  fs::path folder;
+  const fs::path folder =
+      fs::temp_directory_path() / ("ostrell_faults_" + std::to_string(getpid()));
   sqlite3_vfs vfs{};
 };
 
@@ -189,7 +176,7 @@ TEST_F(RecordStoreFaultTest, NoFaultLosesRows) {
       EXPECT_GT(FailEach(Fault::kLock, lasts), 4);
       EXPECT_GT(FailEach(Fault::kAllocation, lasts), 100);
     }
-    if (!fs::exists(folder / "kept.db-wal")) {
+    if (!fs::exists(folder / "kept/items.db-wal")) {
       EXPECT_GT(FailEach(Fault::kEmptyRead, false), 2);
       EXPECT_EQ(FailEach(Fault::kBadPage, true), 4);
     }

@@ -12,14 +12,8 @@
 
 namespace ostrell {
 
-struct StatementTraits {
-  using Handle = sqlite3_stmt*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle statement) noexcept { sqlite3_finalize(statement); }
-};
-
 // A prepared statement; it goes before its connection does.
-using Statement = Owner<StatementTraits>;
+using Statement = ClosedBy<sqlite3_stmt*, &sqlite3_finalize>;
 
 // The first statement of `sql`, which has `length` bytes, or with -1 ends at its terminator.
 // Nothing when SQLite refuses it, and sqlite3_errcode then tells why; nothing for a text without a

@@ -12,30 +12,10 @@ namespace {
 
 constexpr char kSchemes[] = "http,https";
 
-struct EasyTraits {
-  using Handle = CURL*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle handle) noexcept { curl_easy_cleanup(handle); }
-};
-
-struct HeaderListTraits {
-  using Handle = curl_slist*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle list) noexcept { curl_slist_free_all(list); }
-};
-using HeaderList = Owner<HeaderListTraits>;
-
-struct ParsedUrlTraits {
-  using Handle = CURLU*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle url) noexcept { curl_url_cleanup(url); }
-};
-
-struct CurlTextTraits {
-  using Handle = char*;
-  static Handle Empty() { return nullptr; }
-  static void Close(Handle text) noexcept { curl_free(text); }
-};
+using EasyHandle = ClosedBy<CURL*, &curl_easy_cleanup>;
+using HeaderList = ClosedBy<curl_slist*, &curl_slist_free_all>;
+using ParsedUrl = ClosedBy<CURLU*, &curl_url_cleanup>;
+using CurlText = ClosedBy<char*, &curl_free>;
 
 // Write callback: any other result than the block's length ends the transfer.
 size_t GiveToSink(char* data, size_t size, size_t count, void* sink) noexcept {
@@ -98,7 +78,7 @@ class Transfer {
   }
 
  private:
-  Owner<EasyTraits> handle;
+  EasyHandle handle;
   CURLcode result;
 };
 
@@ -156,14 +136,14 @@ std::optional<std::string> EscapeForUrl(std::string_view text) {
     return std::nullopt;
   }
   // libcurl measures the text itself when it is told a length of 0.
-  const Owner<CurlTextTraits> escaped(
+  const CurlText escaped(
       curl_easy_escape(nullptr, text.empty() ? "" : text.data(), static_cast<int>(text.size())));
   return escaped ? std::optional<std::string>(escaped.Get()) : std::nullopt;
 }
 
 bool IsHttpUrl(const char* url) {
-  const Owner<ParsedUrlTraits> parsed(curl_url());
-  Owner<CurlTextTraits> scheme;
+  const ParsedUrl parsed(curl_url());
+  CurlText scheme;
   if (!parsed || curl_url_set(parsed.Get(), CURLUPART_URL, url, 0) != CURLUE_OK ||
       curl_url_get(parsed.Get(), CURLUPART_SCHEME, scheme.Receive(), 0) != CURLUE_OK) {
     return false;

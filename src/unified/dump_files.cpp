@@ -3,10 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/arithmetic.h"
-#include "unified/local_time.h"
-#include "unified/program_folder.h"
-#include "unified/report_item.h"
+#include "base/calendar.h"
+#include "unified/collector.h"
 
 namespace ostrell {
 namespace {

@@ -13,9 +13,8 @@
 #include "eventlog/classic_reader.h"
 #include "eventlog/filters.h"
 #include "eventlog/session.h"
+#include "unified/collector.h"
 #include "unified/event_fields.h"
-#include "unified/local_time.h"
-#include "unified/report_item.h"
 
 namespace ostrell {
 namespace {

@@ -5,7 +5,6 @@
 
 #include "tests/support/fake_event_log.h"
 #include "tests/support/fake_run.h"
-#include "tests/support/recorded_events.h"
 
 namespace ostrell {
 namespace {
@@ -14,10 +13,21 @@ using testing::ElementsAre;
 
 constexpr int64_t kStart = FakeRun::kNow - 604800;
 constexpr auto kManager = "Service Control Manager";
+constexpr auto kWideManager = L"Service Control Manager";
+
+const std::string kCrash = R"({"report_type":"syslog","name":"Application Error",)"
+                           R"("timestamp":1795162530,"pattern":1000)";
+const std::string kManagers = R"({"report_type":"syslog","name":"Service Control Manager",)"
+                              R"("timestamp":1795162530,)";
+const std::string kFailed = kManagers + R"("pattern":7000)";
 
 // Created 2026-11-20 08:15:30 UTC, which is 1795162530.
 RecordedEventText Crash(const std::string& data) {
   return {.provider = "Application Error", .id = "1000", .data = data};
+}
+
+RecordedEventText Failed(const char* time = "2026-11-20T08:15:30Z") {
+  return {.provider = kManager, .id = "7000", .data = "<Data>protsvc</Data>", .time = time};
 }
 
 class EventLogsTest : public testing::Test {
@@ -26,7 +36,6 @@ class EventLogsTest : public testing::Test {
     fake.eventLog.modern = FakeEventLog::Modern;
     fake.eventLog.classic = FakeEventLog::Classic;
   }
-  ~EventLogsTest() override { EXPECT_EQ(log.open, 0); }
 
   void Record(const wchar_t* channel, const std::vector<RecordedEventText>& events) {
     for (const RecordedEventText& event : events) {
@@ -57,15 +66,11 @@ TEST_F(EventLogsTest, ItemsOfBothChannels) {
            .id = "7009",
            .data = "<Data Name='param2'>Velmora</Data>",
            .time = "2026-11-10T00:00:00Z"}});
-  const std::string time = R"("timestamp":1795162530)";
-  const std::string crash =
-      R"({"report_type":"syslog","name":"Application Error",)" + time + R"(,"pattern":1000,)";
-  const std::string manager = R"({"report_type":"syslog","name":"Service Control Manager",)" + time;
   // Without named elements the words of the XML text itself are taken.
-  EXPECT_EQ(CompactText(Collect()), "[" + crash + R"("eventdata":"a.exe","exe-time":3302122928},)" +
-                                        crash + R"("eventdata":"b.exe"},)" + crash +
-                                        R"("eventdata":"<Event","exe-time":0},)" + manager +
-                                        R"(,"pattern":7000},)" + manager + R"(,"pattern":7009}])");
+  EXPECT_EQ(CompactText(Collect()),
+            "[" + kCrash + R"(,"eventdata":"a.exe","exe-time":3302122928},)" + kCrash +
+                R"(,"eventdata":"b.exe"},)" + kCrash + R"(,"eventdata":"<Event","exe-time":0},)" +
+                kFailed + "}," + kManagers + R"("pattern":7009}])");
   EXPECT_THAT(fake.messages,
               ElementsAre("collect_event_logs Event log collection completed, found 5 matching "
                           "events within time range",
@@ -77,10 +82,8 @@ TEST_F(EventLogsTest, NumberThatDoesNotConvertCostsItsChannel) {
   RecordedEventText damaged = Crash(name);
   damaged.level = "two";
   Record(L"Application", {Crash(name), damaged});
-  Record(L"System", {{.provider = kManager, .id = "7000", .data = "<Data>protsvc</Data>"}});
-  const JsonOwner items = Collect();
-  ASSERT_EQ(json_array_size(items.Get()), 1u);
-  EXPECT_EQ(json_integer_value(json_object_get(json_array_get(items.Get(), 0), "pattern")), 7000);
+  Record(L"System", {Failed()});
+  EXPECT_EQ(CompactText(Collect()), "[" + kFailed + "}]");
 }
 
 TEST_F(EventLogsTest, NothingKept) {
@@ -94,25 +97,26 @@ TEST_F(EventLogsTest, NothingKept) {
 // Both ends of the period belong to it; its end is the time of the collection, not of the run.
 TEST_F(EventLogsTest, PeriodEndsWithTheClock) {
   fake.clock.now = 1795162530;
-  const auto failed = [](const char* time) {
-    return RecordedEventText{
-        .provider = kManager, .id = "7000", .data = "<Data>protsvc</Data>", .time = time};
-  };
-  Record(L"System", {failed("2026-11-20T08:15:30Z"), failed("2026-11-20T08:15:31Z"),
-                     failed("2026-11-18T00:12:00Z"), failed("2026-11-18T00:11:59Z")});
+  Record(L"System", {Failed("2026-11-20T08:15:30Z"), Failed("2026-11-20T08:15:31Z"),
+                     Failed("2026-11-18T00:12:00Z"), Failed("2026-11-18T00:11:59Z")});
+  EXPECT_EQ(json_array_size(Collect().Get()), 2u);
+  fake.facts.isModern = false;
+  log.classic[L"System"] = {{{{kWideManager, 7000, 1795162530, L"protsvc"},
+                              {kWideManager, 7000, 1795162531, L"protsvc"},
+                              {kWideManager, 7000, 1794960720, L"protsvc"},
+                              {kWideManager, 7000, 1794960719, L"protsvc"}}}};
   EXPECT_EQ(json_array_size(Collect().Get()), 2u);
 }
 
 TEST_F(EventLogsTest, ClassicInterfaceWhereThereIsNoOther) {
   fake.facts.isModern = false;
-  Record(L"System", {{.provider = kManager, .id = "7000", .data = "<Data>protsvc</Data>"}});
+  Record(L"System", {Failed()});
   log.classic[L"Application"] = {
-      {L"application ERROR", 1000, 1795162530, L"velmora.exe 1 64d1b2c3"},
-      {L"Application", 1000, 1795162530, L"velmora.exe 1 2"},
-      {L"Application Error", 1001, 1795162530, L"velmora.exe 1 2"},
-      {L"Application Error", 1000, 1795162530, L"other.exe 1 2"}};
-  log.classic[L"System"] = {{L"Service Control Manager", 7009, 1795162530, L"protsvc"},
-                            {L"Service Control Manager", 7009, 1794960720 - 1, L"protsvc"}};
+      {{{L"application ERROR", 1000, 1795162530, L"velmora.exe 1 64d1b2c3"},
+        {L"Application", 1000, 1795162530, L"velmora.exe 1 2"},
+        {L"Application Error", 1001, 1795162530, L"velmora.exe 1 2"},
+        {L"Application Error", 1000, 1795162530, L"other.exe 1 2"}}}};
+  log.classic[L"System"] = {{{{kWideManager, 7009, 1795162530, L"protsvc"}}}};
   EXPECT_EQ(CompactText(Collect()),
             R"([{"report_type":"syslog","name":"application ERROR","timestamp":1795162530,)"
             R"("pattern":1000,"eventdata":"velmora.exe","exe-time":1691464387},)"
@@ -121,33 +125,33 @@ TEST_F(EventLogsTest, ClassicInterfaceWhereThereIsNoOther) {
   EXPECT_TRUE(log.queries.empty());
 }
 
+// The limit of one channel is none of the other's.
 TEST_F(EventLogsTest, LogsWithoutEnd) {
-  log.isEndless = true;
-  Record(L"Application", {Crash("<Data Name='AppName'>velmora</Data>")});
-  Record(L"System", {{.provider = kManager, .id = "7000", .data = "<Data>protsvc</Data>"}});
-  EXPECT_EQ(json_array_size(Collect().Get()), 2u * 65536);
-  fake.messages.resize(2);
-  EXPECT_THAT(fake.messages,
-              ElementsAre("collect_event_logs Limit of channel Application: reading ended after "
-                          "65536 events",
-                          "collect_event_logs Limit of channel System: reading ended after 65536 "
-                          "events"));
-
-  // A second passes each time the time is looked at.
-  fake.messages.clear();
   fake.facts.isModern = false;
-  fake.eventLog.clock = [looks = 0]() mutable {
-    return std::chrono::steady_clock::time_point(std::chrono::seconds(looks++));
-  };
-  log.classic[L"Application"] = {{L"Application Error", 1000, 1795162530, L"velmora"}};
-  log.classic[L"System"] = {{L"Service Control Manager", 7000, 1795162530, L"velmora"}};
-  EXPECT_EQ(json_array_size(Collect().Get()), 2u * 299);
-  fake.messages.resize(2);
-  EXPECT_THAT(fake.messages,
-              ElementsAre("collect_event_logs Limit of channel Application: reading ended after "
-                          "299 events and 300 seconds",
-                          "collect_event_logs Limit of channel System: reading ended after 299 "
-                          "events and 300 seconds"));
+  const std::vector<FakeEventLog::ClassicRecord> crashes(
+      256, {L"Application Error", 1000, 1795162530, L"velmora"});
+  log.classic[L"Application"] = {FakeEventLog::ClassicRead{crashes}};
+  log.classic[L"System"] = {{{{kWideManager, 7000, 1795162530, L"velmora"}}}};
+  log.endless = L"Application";
+  EXPECT_EQ(json_array_size(Collect().Get()), 65537u);
+  EXPECT_EQ(fake.messages.front(),
+            "collect_event_logs Limit of channel Application: reading ended after 65536 events");
+
+  fake.messages.clear();
+  fake.eventLog.clock = SecondByLook();
+  log.endless = L"System";
+  EXPECT_EQ(json_array_size(Collect().Get()), 256u + 299u);
+  EXPECT_EQ(fake.messages.front(),
+            "collect_event_logs Limit of channel System: reading ended after 299 events and 300 "
+            "seconds");
+
+  fake.messages.clear();
+  fake.facts.isModern = true;
+  fake.eventLog.clock = [] { return std::chrono::steady_clock::time_point(); };
+  log.channels.assign(65537, L"Other");
+  EXPECT_FALSE(Collect());
+  EXPECT_EQ(fake.messages.front(),
+            "collect_event_logs Limit of channel Application: not among the first 65536 channels");
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/calendar.h"
-#include "unified/local_time.h"
+#include "unified/collector.h"
 
 namespace ostrell {
 namespace {

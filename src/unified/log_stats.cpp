@@ -6,10 +6,8 @@
 #include <utility>
 
 #include "base/text.h"
-#include "unified/local_time.h"
+#include "unified/collector.h"
 #include "unified/log_line.h"
-#include "unified/program_folder.h"
-#include "unified/report_item.h"
 
 namespace ostrell {
 namespace {

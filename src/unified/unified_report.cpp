@@ -5,11 +5,11 @@
 #include <exception>
 #include <utility>
 
-#include "base/arithmetic.h"
+#include "base/calendar.h"
 #include "env/report_schedule.h"
 #include "env/report_settings.h"
 #include "transport/report_url.h"
-#include "transport/upload_json.h"
+#include "transport/upload_report.h"
 #include "unified/dump_files.h"
 #include "unified/event_logs.h"
 #include "unified/log_stats.h"
@@ -57,14 +57,15 @@ ReportUrl<> UrlOf(IClientIdProvider& provider) {
 // Uploads the array, which is released before. Returns the upload's result, 0 on any failure.
 int32_t Send(const Run& run, JsonOwner unified, IClientIdProvider& provider) {
   const size_t count = json_array_size(unified.Get());
-  const auto result = UploadJson(UrlOf(provider).CStr(), std::move(unified));
-  if (!result) {
+  const auto body = MakeJsonBody(std::move(unified));
+  if (!body) {
     TraceLogger(run.traceLog, kOperation)(L"json_dumps failed for unified report array");
     return 0;
   }
+  const int32_t result = UploadReport(UrlOf(provider).CStr(), body->text.Get(), body->length);
   TraceLogger(run.traceLog, kOperation)(L"Unified report completed: %u items, result=%d", count,
-                                        *result);
-  return *result;
+                                        result);
+  return result;
 }
 
 }  // namespace
@@ -135,9 +136,7 @@ void add_common_fields_to_unified_array(const Run& run, json_t* array, IClientId
   set("re", json_integer(revision));
   set("r", json_integer(secondsSinceLastReport));
 
-  size_t index = 0;
-  json_t* item = nullptr;
-  json_array_foreach(array, index, item) {
+  for (json_t* const item : Elements(array)) {
     json_object_update(item, fields.Get());
   }
   TraceLogger(run.traceLog, "add_common_fields_to_unified_array")(

@@ -11,63 +11,80 @@ namespace {
 
 using testing::HasSubstr;
 
-class FixedProvider final : public IClientIdProvider {
- public:
-  const char* MachineId() override { return "MACHINE"; }
-  const char* ClientId() override { return "{GUID}"; }
+// An id that no product has.
+struct OddCustomer : DefaultClientIdProvider {
+  using DefaultClientIdProvider::DefaultClientIdProvider;
   uint32_t CustomerId() override { return 0xFFFFFFFF; }
-  uint32_t SystemCode(int32_t) override { return 11; }
-  uint32_t ProcessorClass(int32_t) override { return 2; }
-  const char* ProductVersion() override { return "6.0.3.27"; }
-  uint64_t SignatureVersion() override { return 20261101003; }
-  bool KernelVersion(uint32_t* major, uint32_t* minor, uint32_t* build,
-                     uint32_t* revision) override {
-    *major = 10;
-    *minor = 0;
-    *build = 26100;
-    *revision = 4294967295;
-    return true;
-  }
-  const char* ReportBaseUrl() override { return "https://127.0.0.1:1/v8"; }  // refuses
 };
 
 TEST(CommonFields, ReplaceMembersOfEveryObject) {
   FakeRun fake;
-  FixedProvider provider;
+  fake.svclink.versions["C:\\Corvane\\data\\sigdb\\mal.db"] = 20261101003;
+  fake.facts.kernel->revision = 4294967295;
+  const auto run = fake.Get();
+  OddCustomer provider(run);
   const JsonOwner array(
       json_loads(R"([{"report_type":"syslog","r":"old","timestamp":5},7,[1],{}])", 0, nullptr));
-  add_common_fields_to_unified_array(fake.Get(), array.Get(), provider, -3);
-  const std::string rest =
-      R"("v":"6.0.3.27","d":20261101003,"s":11,"x":2,"ma":10,"mi":0,"bu":26100,"re":4294967295)";
-  EXPECT_EQ(CompactText(array),
-            R"([{"report_type":"syslog","r":-3,"timestamp":5,"u":"MACHINE","c":-1,)" + rest +
-                R"(},7,[1],{"u":"MACHINE","c":-1,)" + rest + R"(,"r":-3}])");
+  add_common_fields_to_unified_array(run, array.Get(), provider, -3);
+  const std::string machine = R"("u":")" + fake.machineIdentity + R"(","c":-1,"v":"6.0.3.27",)";
+  const std::string system =
+      R"("d":20261101003,"s":19,"x":1,"ma":10,"mi":0,"bu":26100,"re":4294967295)";
+  EXPECT_EQ(CompactText(array), R"([{"report_type":"syslog","r":-3,"timestamp":5,)" + machine +
+                                    system + "},7,[1],{" + machine + system + R"(,"r":-3}])");
   EXPECT_EQ(fake.messages.back(),
             "add_common_fields_to_unified_array Added common fields to all 4 items");
 
   fake.messages.clear();
   const JsonOwner empty(json_array());
-  add_common_fields_to_unified_array(fake.Get(), empty.Get(), provider, 1);
+  add_common_fields_to_unified_array(run, empty.Get(), provider, 1);
   EXPECT_THAT(fake.messages, testing::IsEmpty());
 }
 
-struct Gate {
-  const char* what;
-  int64_t age;  // of the last report in seconds
-  uint32_t interval;
-  bool isDue;
-};
+TEST(CommonFields, WhatCannotBeTold) {
+  FakeRun fake;
+  fake.policydb.documents[25] = R"({"id": 4711})";
+  fake.facts.system = std::nullopt;
+  fake.facts.machine = 0xAA64;
+  fake.facts.kernel = std::nullopt;
+  fake.files.entries[L"C:\\Corvane\\VERSION"].content = "no version";
+  const auto run = fake.Get();
+  DefaultClientIdProvider provider(run);
+  const JsonOwner array(json_loads("[{}]", 0, nullptr));
+  add_common_fields_to_unified_array(run, array.Get(), provider, 0);
+  EXPECT_EQ(CompactText(array),
+            R"([{"u":")" + fake.machineIdentity +
+                R"(","c":4711,"v":"","d":0,"s":0,"x":2,"ma":0,"mi":0,"bu":0,"re":0,"r":0}])");
+}
+
+TEST(ClientIdProvider, ReportLinkIsKeptOnceItWasAskedFor) {
+  FakeRun fake;
+  const auto run = fake.Get();
+  EXPECT_EQ(DefaultClientIdProvider(run).ClientId(), fake.clientId);
+  EXPECT_STREQ(DefaultClientIdProvider(run).ReportBaseUrl(), "https://127.0.0.1:1/v8");
+  std::wstring& link = fake.registry.texts[FakeRegistry::Of(
+      RegistryRoot::kMachine, L"SOFTWARE\\Velmora\\Corvane\\Ostrell", L"ReportLink")];
+  DefaultClientIdProvider provider(run);
+  for (const wchar_t* stored : {L"https://first.example/a", L"https://other.example"}) {
+    link = stored;
+    EXPECT_STREQ(provider.ReportBaseUrl(), "https://first.example/a");
+  }
+}
 
 TEST(UnifiedReport, IsDueByTheTimeOfTheLastOne) {
   constexpr int64_t kNow = FakeRun::kNow;
-  const Gate gates[] = {
+  const struct {
+    const char* what;
+    int64_t age;  // of the last report in seconds
+    uint32_t interval;
+    bool isDue;
+  } gates[] = {
       {"first run ever", kNow, 14400, true},   {"eight days ago", 691200, 14400, true},
       {"three days ago", 259200, 14400, true}, {"exactly one interval ago", 14400, 14400, true},
       {"a second less", 14399, 14400, false},  {"just now", 0, 14400, false},
       {"in the future", -5, 14400, false},     {"a longer interval", 86400, 86401, false},
       {"a shorter one", 60, 60, true},
   };
-  for (const Gate& gate : gates) {
+  for (const auto& gate : gates) {
     FakeRun fake;
     fake.registry.numbers[FakeRegistry::Of(
         RegistryRoot::kMachine, L"SOFTWARE\\Velmora\\Corvane\\Ostrell", L"MinReportInterval")] =
@@ -105,7 +122,7 @@ TEST(UnifiedReport, UploadThatFailsKeepsTheTime) {
   FakeRun fake;
   fake.files.Beside(L"new.dmp") = {.content = "x", .lastWrite = TicksFromSeconds(FakeRun::kNow)};
   const auto run = fake.Get();
-  FixedProvider provider;
+  DefaultClientIdProvider provider(run);
   EXPECT_FALSE(post_unified_report(run, provider));
   EXPECT_EQ(fake.messages.back(),
             "post_unified_report Unified report completed: 1 items, result=0");

@@ -50,7 +50,6 @@ class DumpBytes {
     bytes.resize(bytes.size() + 2);
     return *this;
   }
-  DumpReading Read() const { return ReadMinidump(SourceOf(bytes)); }
 
   std::vector<std::byte> bytes;
 };

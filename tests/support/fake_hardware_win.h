@@ -28,44 +28,37 @@ struct FakeDevices {
   using Opened = std::tuple<std::string, DWORD, DWORD, DWORD>;  // path, access, share, disposition
   using Asked = std::tuple<DWORD, std::string, DWORD>;          // code, input, size of the output
 
-  // Answers by control code; a control without one is refused.
-  std::map<DWORD, std::string> answers;
-  // Which accesses open at all.
-  std::vector<DWORD> accesses = {0, GENERIC_READ | GENERIC_WRITE};
-  // Added to the count of bytes that each control reports.
-  DWORD surplus = 0;
-
+  std::map<DWORD, std::string> answers;  // by control code; a control without one is refused
+  std::vector<DWORD> accesses = {0, GENERIC_READ | GENERIC_WRITE};  // that open at all
+  DWORD surplus = 0;  // added to the count of bytes that each control reports
   std::vector<Opened> opened;
   std::vector<Asked> asked;
 
   DeviceApi Api() {
-    return {.getSystemDirectory =
-                [](char* to, UINT) {
-                  constexpr std::string_view kFolder = "Q:\\Windows\\system32";
-                  std::memcpy(to, kFolder.data(), kFolder.size() + 1);
-                  return static_cast<UINT>(kFolder.size());
-                },
-            .createFile =
-                [this](const char* path, DWORD access, DWORD share, auto, DWORD disposition, auto,
-                       auto) {
-                  opened.emplace_back(path, access, share, disposition);
-                  return std::count(accesses.begin(), accesses.end(), access) != 0
-                             ? CreateFileA("NUL", 0, 0, nullptr, OPEN_EXISTING, 0, nullptr)
-                             : INVALID_HANDLE_VALUE;
-                },
-            .control =
-                [this](HANDLE, DWORD code, void* input, DWORD inputSize, void* output,
-                       DWORD outputSize, DWORD* returned, auto) {
-                  asked.emplace_back(code, std::string(static_cast<char*>(input), inputSize),
-                                     outputSize);
-                  const auto answer = answers.find(code);
-                  if (answer == answers.end()) {
-                    return FALSE;
-                  }
-                  const size_t size = answer->second.copy(static_cast<char*>(output), outputSize);
-                  *returned = static_cast<DWORD>(size) + surplus;
-                  return TRUE;
-                }};
+    DeviceApi api;
+    api.getSystemDirectory = [](char* to, UINT) -> UINT {
+      constexpr char kFolder[] = "Q:\\Windows\\system32";
+      std::memcpy(to, kFolder, sizeof(kFolder));
+      return sizeof(kFolder) - 1;
+    };
+    api.createFile = [this](const char* path, DWORD access, DWORD share, auto, DWORD disposition,
+                            auto, auto) {
+      opened.emplace_back(path, access, share, disposition);
+      return std::ranges::count(accesses, access) != 0
+                 ? CreateFileA("NUL", 0, 0, nullptr, OPEN_EXISTING, 0, nullptr)
+                 : INVALID_HANDLE_VALUE;
+    };
+    api.control = [this](HANDLE, DWORD code, void* input, DWORD inputSize, void* output,
+                         DWORD outputSize, DWORD* returned, auto) {
+      asked.emplace_back(code, std::string(static_cast<char*>(input), inputSize), outputSize);
+      if (!answers.contains(code)) {
+        return FALSE;
+      }
+      const size_t size = answers[code].copy(static_cast<char*>(output), outputSize);
+      *returned = static_cast<DWORD>(size) + surplus;
+      return TRUE;
+    };
+    return api;
   }
 };
 
@@ -84,29 +77,24 @@ struct FakeAdapters {
   AdapterApi Api() {
     AdapterApi api;
     api.getAdaptersInfo = [this](IP_ADAPTER_INFO* list, ULONG* size) {
+      *size = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));
       if (list == nullptr) {
-        *size = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));
         return firstResult;
       }
-      Fill(list);
+      // Every byte that is not told is 0xEE, what lies behind a name as well.
+      std::memset(list, 0xEE, *size);
+      for (const Adapter& adapter : adapters) {
+        list->Next = &adapter != &adapters.back() ? list + 1 : nullptr;
+        std::memcpy(list->AdapterName, adapter.name.c_str(), adapter.name.size() + 1);
+        std::memcpy(list->Address, adapter.address.data(), adapter.address.size());
+        list++->AddressLength = adapter.addressLength;
+      }
       return secondResult;
     };
     if (!hasMemory) {
       api.allocate = [](size_t) { return nullptr; };
     }
     return api;
-  }
-
- private:
-  // Every byte that is not told is 0xEE, what lies behind a name as well.
-  void Fill(IP_ADAPTER_INFO* list) const {
-    for (size_t i = 0; i < adapters.size(); ++i) {
-      std::memset(&list[i], 0xEE, sizeof(list[i]));
-      list[i].Next = i + 1 < adapters.size() ? &list[i + 1] : nullptr;
-      std::memcpy(list[i].AdapterName, adapters[i].name.c_str(), adapters[i].name.size() + 1);
-      std::memcpy(list[i].Address, adapters[i].address.data(), adapters[i].address.size());
-      list[i].AddressLength = adapters[i].addressLength;
-    }
   }
 };
 
@@ -120,36 +108,32 @@ inline std::string StorageDescriptor(std::string_view productId, std::string_vie
 
 class HardwareTest : public testing::Test {
  protected:
-  static void Connect(const std::wstring& adapter, const std::wstring& device) {
-    PrivateRegistry::SetText(HKEY_LOCAL_MACHINE,
-                             (L"SYSTEM\\CurrentControlSet\\Control\\Network\\"
-                              L"{4d36e972-e325-11ce-bfc1-08002be10318}\\" +
-                              adapter + L"\\Connection")
-                                 .c_str(),
-                             L"PnpInstanceID", device);
+  static void SetText(const std::wstring& key, const wchar_t* name, const std::wstring& text) {
+    const std::wstring path = L"SYSTEM\\CurrentControlSet\\Control\\" + key;
+    PrivateRegistry::SetText(HKEY_LOCAL_MACHINE, path.c_str(), name, text);
   }
-  static void AddDriver(const std::wstring& key, const std::wstring& adapter,
+  static void Connect(const std::wstring& adapter, const std::wstring& device) {
+    SetText(L"Network\\{4d36e972-e325-11ce-bfc1-08002be10318}\\" + adapter + L"\\Connection",
+            L"PnpInstanceID", device);
+  }
+  static void AddDriver(const std::wstring& number, const std::wstring& adapter,
                         const std::wstring& device) {
-    const std::wstring path =
-        L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4d36e972-e325-11ce-bfc1-08002be10318}\\" +
-        key;
-    PrivateRegistry::SetText(HKEY_LOCAL_MACHINE, path.c_str(), L"NetCfgInstanceId", adapter);
-    PrivateRegistry::SetText(HKEY_LOCAL_MACHINE, path.c_str(), L"MatchingDeviceId", device);
+    const std::wstring key = L"Class\\{4d36e972-e325-11ce-bfc1-08002be10318}\\" + number;
+    SetText(key, L"NetCfgInstanceId", adapter);
+    SetText(key, L"MatchingDeviceId", device);
   }
 
   // A driver that answers the identify command: 16 bytes of status, then 256 words.
   void AddSmart(char disk, char deviceMap, std::string_view swappedSerial,
                 std::string_view swappedModel) {
-    std::string answer(529, '\0');
-    answer.replace(16 + 2 * 10, swappedSerial.size(), swappedSerial);
-    answer.replace(16 + 2 * 27, swappedModel.size(), swappedModel);
-    std::string extents(32, '\0');
-    extents[8] = disk;
-    std::string version(24, '\0');
-    version[3] = deviceMap;
-    devices.answers[IOCTL_VOLUME_GET_VOLUME_DISK_EXTENTS] = extents;
-    devices.answers[SMART_GET_VERSION] = version;
-    devices.answers[SMART_RCV_DRIVE_DATA] = answer;
+    devices.answers[IOCTL_VOLUME_GET_VOLUME_DISK_EXTENTS] = std::string(32, '\0');
+    devices.answers[IOCTL_VOLUME_GET_VOLUME_DISK_EXTENTS][8] = disk;
+    devices.answers[SMART_GET_VERSION] = std::string(24, '\0');
+    devices.answers[SMART_GET_VERSION][3] = deviceMap;
+    devices.answers[SMART_RCV_DRIVE_DATA] =
+        std::string(529, '\0')
+            .replace(16 + 2 * 10, swappedSerial.size(), swappedSerial)
+            .replace(16 + 2 * 27, swappedModel.size(), swappedModel);
   }
 
   void ExpectFed(std::string_view text) {

@@ -43,6 +43,10 @@ inline size_t ReadFromText(std::string_view file, uint64_t offset, std::span<cha
   return part.size();
 }
 
+inline LogReader ReaderOf(std::string_view file) {
+  return [file](uint64_t offset, std::span<char> to) { return ReadFromText(file, offset, to); };
+}
+
 inline std::vector<LogLine> MatchingLines(const LogReader& read, std::string_view signature,
                                           const LogScanSizes& sizes) {
   std::vector<LogLine> lines;

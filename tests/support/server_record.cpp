@@ -10,49 +10,34 @@
 namespace ostrell {
 namespace {
 
-std::string TextOf(const json_t* object, const char* name) {
-  const char* const text = json_string_value(json_object_get(object, name));
-  return text != nullptr ? text : "";
+void AppendTo(std::string& list, const std::string& element) {
+  list += (list.empty() ? "" : ", ") + element;
 }
 
-int64_t NumberOf(const json_t* object, const char* name) {
-  return json_integer_value(json_object_get(object, name));
-}
-
-ReceivedRequest RequestOf(const json_t* line) {
-  ReceivedRequest request{
-      .step = TextOf(line, "method") + " " + std::to_string(NumberOf(line, "status")),
-      .target = TextOf(line, "target"),
-      .headers = {},
-      .ticket = NumberOf(line, "ticket"),
-      .packed = NumberOf(line, "packed"),
-      .unpacked = NumberOf(line, "unpacked"),
-      .items = NumberOf(line, "items"),
-      .digest = TextOf(line, "digest"),
-      .zlib = TextOf(line, "zlib"),
-      .json = TextOf(line, "json")};
-  const char* name = nullptr;
+void Flatten(const std::string& prefix, json_t* object, ReceivedRequest& request) {
+  const char* key = nullptr;
   json_t* value = nullptr;
-  json_object_foreach(json_object_get(line, "headers"), name, value) {
-    request.headers[name] = json_string_value(value);
+  json_object_foreach(object, key, value) {
+    if (json_is_object(value)) {
+      Flatten(prefix + key + ".", value, request);
+    } else if (json_is_string(value)) {
+      request[prefix + key] = json_string_value(value);
+    } else {
+      request[prefix + key] = std::to_string(json_integer_value(value));
+    }
+  }
+}
+
+ReceivedRequest RequestOf(json_t* line) {
+  ReceivedRequest flat;
+  Flatten("", line, flat);
+  ReceivedRequest request = flat;
+  for (const auto& [name, text] : flat) {
+    if (name.starts_with("headers.")) {
+      AppendTo(request["header names"], name.substr(8));
+    }
   }
   return request;
-}
-
-JsonOwner ServerRecord() {
-  std::string text;
-  const auto append = [&text](std::span<const std::byte> block) {
-    text.append(reinterpret_cast<const char*>(block.data()), block.size());
-    return true;
-  };
-  if (!HttpGet((TestServerUrl() + "/requests").c_str(), append, nullptr)) {
-    throw std::runtime_error("the report server does not answer");
-  }
-  JsonOwner record(json_loadb(text.data(), text.size(), 0, nullptr));
-  if (!json_is_array(record.Get())) {
-    throw std::runtime_error("the report server's record is no array");
-  }
-  return record;
 }
 
 }  // namespace
@@ -79,33 +64,32 @@ std::string ReportUrlOf(std::string_view report, std::string_view token, std::st
 }
 
 std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value) {
-  const JsonOwner record = ServerRecord();
+  std::string text;
+  const auto append = [&text](std::span<const std::byte> block) {
+    text.append(reinterpret_cast<const char*>(block.data()), block.size());
+    return true;
+  };
+  HttpGet((TestServerUrl() + "/requests").c_str(), append, nullptr);
+  const JsonOwner record(json_loadb(text.data(), text.size(), 0, nullptr));
+  if (!json_is_array(record.Get())) {
+    throw std::runtime_error("the report server does not give its record");
+  }
   std::vector<ReceivedRequest> requests;
   for (size_t i = 0; i < json_array_size(record.Get()); ++i) {
-    const json_t* const line = json_array_get(record.Get(), i);
-    if (TextOf(json_object_get(line, "query"), queryName) == value) {
-      requests.push_back(RequestOf(line));
+    ReceivedRequest request = RequestOf(json_array_get(record.Get(), i));
+    if (request["query." + std::string(queryName)] == value) {
+      requests.push_back(std::move(request));
     }
   }
   return requests;
 }
 
-std::vector<std::string> StepsOf(const std::vector<ReceivedRequest>& requests) {
-  std::vector<std::string> steps;
-  steps.reserve(requests.size());
-  for (const ReceivedRequest& request : requests) {
-    steps.push_back(request.step);
+std::string StepsOf(std::vector<ReceivedRequest> requests) {
+  std::string steps;
+  for (ReceivedRequest& request : requests) {
+    AppendTo(steps, request["method"] + " " + request["status"]);
   }
   return steps;
-}
-
-std::vector<std::string> HeaderNamesOf(const ReceivedRequest& request) {
-  std::vector<std::string> names;
-  names.reserve(request.headers.size());
-  for (const auto& [name, value] : request.headers) {
-    names.push_back(name);
-  }
-  return names;
 }
 
 }  // namespace ostrell

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
@@ -22,25 +21,15 @@ std::string FreshToken();
 std::string ReportUrlOf(std::string_view report, std::string_view token,
                         std::string_view fault = {});
 
-struct ReceivedRequest {
-  std::string step;    // method and status answered: "PUT 200"
-  std::string target;  // path and query
-  std::map<std::string, std::string> headers;
-  int64_t ticket = 0;
-  // Of a PUT: byte counts, and what the server found when it checked the body.
-  int64_t packed = 0;
-  int64_t unpacked = 0;
-  int64_t items = 0;
-  std::string digest;
-  std::string zlib;
-  std::string json;
-};
+// What the server noted of a request, as text: "method", "status", "target" and what else its
+// record holds, "headers.NAME" for each header; and "header names", separated by commas.
+using ReceivedRequest = std::map<std::string, std::string>;
 
 // The requests with that query value in the order of their arrival; a PUT counts with the query of
 // its ticket's request.
 std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value);
 
-std::vector<std::string> StepsOf(const std::vector<ReceivedRequest>& requests);
-std::vector<std::string> HeaderNamesOf(const ReceivedRequest& request);
+// "GET 200, PUT 200".
+std::string StepsOf(std::vector<ReceivedRequest> requests);
 
 }  // namespace ostrell

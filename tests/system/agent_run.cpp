@@ -58,7 +58,7 @@ SampleProduct::SampleProduct(Due due) {
     constexpr int64_t kYear2100 = 4102444800;
     for (const char* key :
          {"rpttm_li", "rpttm_li_tools", "rpttm_sf", "rpttm_fp", "rpttm_qf", "rpttm_cc"}) {
-      SetTime(key, kYear2100);
+      Set("int64", key, kYear2100);
     }
   }
 }
@@ -79,15 +79,7 @@ std::optional<int64_t> SampleProduct::Time(const std::string& key) const {
   return json_is_integer(value) ? std::optional(json_integer_value(value)) : std::nullopt;
 }
 
-void SampleProduct::SetTime(const std::string& key, int64_t seconds) const {
-  SetSetting("int64", key, seconds);
-}
-
-void SampleProduct::SetNumber(const std::string& key, int32_t value) const {
-  SetSetting("int32", key, value);
-}
-
-void SampleProduct::SetSetting(const char* width, const std::string& key, int64_t value) const {
+void SampleProduct::Set(const char* width, const std::string& key, int64_t value) const {
   JsonOwner settings(json_load_file(SettingsFile().c_str(), 0, nullptr));
   if (!settings) {
     settings.Reset(json_object());
@@ -128,8 +120,7 @@ RunResult RunAgent(const std::string& channels) {
   return {exitCode, ReadText(trace)};
 }
 
-AgentServer::AgentServer(std::set<std::string> known)
-    : server(ReportServerOptions{.store = EmptyFolder(kReceived), .known = std::move(known)}) {
+AgentServer::AgentServer() : server(ReportServerOptions{.store = EmptyFolder(kReceived)}) {
   std::string why;
   EXPECT_TRUE(server.Start(&why)) << why;
 }
@@ -147,7 +138,6 @@ std::vector<AgentServer::Request> AgentServer::Requests(const std::string& repor
     Request request{json_integer_value(json_object_get(line.Get(), "number")),
                     text("report"),
                     text("method"),
-                    static_cast<int>(json_integer_value(json_object_get(line.Get(), "status"))),
                     {}};
     const char* key = nullptr;
     json_t* value = nullptr;

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,8 +27,8 @@ class SampleProduct {
 
   // The value of a 64-bit setting; nothing when there is none.
   std::optional<int64_t> Time(const std::string& key) const;
-  void SetTime(const std::string& key, int64_t seconds) const;
-  void SetNumber(const std::string& key, int32_t value) const;
+  // `width` is "int32" or "int64".
+  void Set(const char* width, const std::string& key, int64_t value) const;
   std::string SettingsText() const;
 
   // What the agent logged, without line numbers and levels: "operation text".
@@ -37,9 +36,6 @@ class SampleProduct {
 
   // Runs a registry command such as: add KEY /v NAME /d VALUE /f
   void Registry(const std::string& arguments) const;
-
- private:
-  void SetSetting(const char* width, const std::string& key, int64_t value) const;
 };
 
 struct RunResult {
@@ -53,14 +49,12 @@ RunResult RunAgent(const std::string& channels = "-all");
 // A server on the built-in base URL. Fails the test where the port is taken.
 class AgentServer {
  public:
-  // `known` are the SHA-1 digests of samples that it has.
-  explicit AgentServer(std::set<std::string> known = {});
+  AgentServer();
 
   struct Request {
     int64_t number;
     std::string report;
     std::string method;
-    int status;
     std::map<std::string, std::string> query;
   };
   // Those of one report, or all.

@@ -49,16 +49,5 @@ TEST(ClosedLibraries, RunGoesOnWithoutThem) {
   }
 }
 
-// The settings file is damaged: there is no store, and the file stays as it is.
-TEST(ClosedLibraries, StoreThatDoesNotOpen) {
-  const SampleProduct product;
-  const AgentServer server;
-  const auto file = product.DataFolder() / "settings/ostrell.json";
-  WriteText(file, "{\"int64\": ");
-  EXPECT_EQ(RunAgent().exitCode, 0);
-  EXPECT_EQ(server.Requests("rc1").size(), 1u);
-  EXPECT_EQ(ReadText(file), "{\"int64\": ");
-}
-
 }  // namespace
 }  // namespace ostrell
