@@ -19,6 +19,10 @@ constexpr int kLastYear = 30827;
 }  // namespace
 
 std::optional<uint64_t> TicksFromSystemTime(const SystemTime& utc) {
+  // Both are kept as one byte.
+  if (utc.month > 12 || utc.day > 31) {
+    return std::nullopt;
+  }
   const std::chrono::year_month_day date{std::chrono::year(utc.year), std::chrono::month(utc.month),
                                          std::chrono::day(utc.day)};
   if (utc.year < kFirstYear || utc.year > kLastYear || !date.ok() || utc.hour > 23 ||
