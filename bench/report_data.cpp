@@ -61,7 +61,7 @@ bool Upload(const std::string& body) {
   return UploadReport(url.c_str(), body.data(), static_cast<uint32_t>(body.size())) == 1;
 }
 
-bool Run(std::string_view work, const char* path) {
+bool DoWork(std::string_view work, const char* path) {
   if (work == "keep") {
     return PrintArray(KeepDetectionRecords(LoadArray(path)));
   }
@@ -83,5 +83,5 @@ int main(int argc, char** argv) {
     std::fputs("usage: report_data keep|print|popup|pack|upload FILE\n", stderr);
     return 2;
   }
-  return ostrell::Run(argv[1], argv[2]) ? 0 : 1;
+  return ostrell::DoWork(argv[1], argv[2]) ? 0 : 1;
 }

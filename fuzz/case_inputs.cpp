@@ -1,5 +1,5 @@
-// Writes what recorded cases (tests/support/recorded_cases.h) hand to their reader, a file an input,
-// for a fuzzer to begin with.
+// Writes what recorded cases (tests/support/recorded_cases.h) hand to their reader, a file an
+// input, for a fuzzer to begin with.
 //
 // Usage: case_inputs READER FOLDER
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Runs a target once on each input of the folders that are its arguments, where there is no fuzzer: on
-// each file, and on the inputs of each recorded case.
+// Runs a target once on each input of the folders that are its arguments, where there is no fuzzer:
+// on each file, and on the inputs of each recorded case.
 #include <cstdio>
 #include <exception>
 #include <filesystem>

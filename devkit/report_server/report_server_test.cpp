@@ -149,6 +149,7 @@ TEST_F(ReportServerTest, FilesHoldWhatCameIn) {
   const std::filesystem::path store = folder.Path() / "made";
   Start({.store = store});
   std::vector<std::thread> clients;
+  clients.reserve(8);
   for (int client = 0; client < 8; ++client) {
     clients.emplace_back([this, client] {
       for (int upload = 0; upload < 6; ++upload) {

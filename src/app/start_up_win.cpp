@@ -1,5 +1,3 @@
-#include "app/start_up.h"
-
 #include <windows.h>
 
 #include <commctrl.h>
@@ -7,6 +5,8 @@
 #include <array>
 #include <clocale>
 #include <string>
+
+#include "app/start_up.h"
 
 namespace ostrell {
 

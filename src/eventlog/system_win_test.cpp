@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "eventlog/apis.h"
 #include "eventlog/classic_reader.h"
 #include "eventlog/session.h"
-#include "eventlog/apis.h"
 
 namespace eventlog {
 namespace {

@@ -114,6 +114,9 @@ class FakeSvclink {
     if (current->takesNothing || argument != 0) {
       return 0;
     }
+    if (current->takeResult < 0) {
+      return current->takeResult;
+    }
     const auto* const from = static_cast<Object*>(object);
     ++current->live;
     auto* const record = new Record{};
