@@ -68,7 +68,7 @@ TEST_F(RecordStoreTest, RecordedCases) {
     damages.resize(std::max<size_t>(damages.size(), 1));
     for (const std::string& sql : recorded.All("sql")) {
       for (const std::string& damage : damages) {
-        SCOPED_TRACE(recorded.Name() + ": " + sql + damage);
+        SCOPED_TRACE(testing::Message() << recorded.Name() << ": " << sql << damage);
         Make(sql, damage);
         std::string expected = std::string(kTable) + "\n" + kIndex + "\nok\nwal\n";
         if (stays) {
