@@ -160,10 +160,10 @@ void WindowsFiles::List(const std::wstring& folder, const wchar_t* pattern,
 std::unique_ptr<OpenFile> WindowsFiles::Open(const std::wstring& path, FileUse use,
                                              uint32_t* error) const {
   SetLastError(ERROR_SUCCESS);
-  const auto [share, flags] = FlagsOf(use);
+  const UseFlags how = FlagsOf(use);
   const auto open = [&] {
-    return FileHandle(
-        CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, flags, nullptr));
+    return FileHandle(CreateFileW(path.c_str(), GENERIC_READ, how.share, nullptr, OPEN_EXISTING,
+                                  how.flags, nullptr));
   };
   FileHandle file;
   if (use == FileUse::kForeign) {
