@@ -1,12 +1,12 @@
 #pragma once
 
-#include <fmt/printf.h>
-#include <fmt/xchar.h>
-
+#include <array>
 #include <concepts>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <variant>
 
 namespace ostrell {
 
@@ -79,19 +79,42 @@ class PrintFormat {
   std::basic_string_view<Char> format;
 };
 
-// printf-style text by {fmt}: one meaning of every conversion on every platform. The formatting
-// itself is compiled once, not where it is used: that keeps the program small.
-std::string PrintArguments(std::string_view format, fmt::printf_args arguments);
-std::wstring PrintArguments(std::wstring_view format, fmt::wprintf_args arguments);
+// An argument of its kind; an integer keeps its sign and whether it is wider than an int.
+template <class Char>
+using PrintArgument =
+    std::variant<std::basic_string_view<Char>, Char, int, unsigned, long long, unsigned long long>;
+
+template <class Char, class Arg>
+PrintArgument<Char> PrintArgumentOf(const Arg& argument) {
+  if constexpr (std::is_convertible_v<const Arg&, std::basic_string_view<Char>>) {
+    return std::basic_string_view<Char>(argument);
+  } else if constexpr (std::is_same_v<Arg, Char>) {
+    return argument;
+  } else if constexpr (sizeof(Arg) <= sizeof(int)) {
+    return static_cast<std::conditional_t<std::is_signed_v<Arg>, int, unsigned>>(argument);
+  } else {
+    return static_cast<std::conditional_t<std::is_signed_v<Arg>, long long, unsigned long long>>(
+        argument);
+  }
+}
+
+// printf-style text by {fmt}: one meaning of every conversion on every platform. The library is
+// compiled once, not where it is used: that keeps the program small and its build short.
+std::string PrintArguments(std::string_view format, std::span<const PrintArgument<char>> arguments);
+std::wstring PrintArguments(std::wstring_view format,
+                            std::span<const PrintArgument<wchar_t>> arguments);
 
 template <class... Args>
 std::string Print(PrintFormat<char, std::type_identity_t<Args>...> format, const Args&... args) {
-  return PrintArguments(format.View(), fmt::make_printf_args(args...));
+  const std::array<PrintArgument<char>, sizeof...(Args)> list = {PrintArgumentOf<char>(args)...};
+  return PrintArguments(format.View(), list);
 }
 template <class... Args>
 std::wstring Print(PrintFormat<wchar_t, std::type_identity_t<Args>...> format,
                    const Args&... args) {
-  return PrintArguments(format.View(), fmt::make_wprintf_args(args...));
+  const std::array<PrintArgument<wchar_t>, sizeof...(Args)> list = {
+      PrintArgumentOf<wchar_t>(args)...};
+  return PrintArguments(format.View(), list);
 }
 
 }  // namespace ostrell
