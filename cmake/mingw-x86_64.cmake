@@ -8,7 +8,8 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_OBJCOPY x86_64-w64-mingw32-objcopy)
 
 # Libraries and headers come from the target's own folders only, programs from the build machine.
-list(APPEND CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+include(${CMAKE_CURRENT_LIST_DIR}/Distribution.cmake)
+list(APPEND CMAKE_FIND_ROOT_PATH ${DISTRIBUTION_mingw})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -6,6 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=$root/build
 logs=$build/logs
 mkdir -p "$logs"
+source "$root/cmake/distribution"
 
 # Prints the comment block at the head of the calling script and ends it.
 usage() {
