@@ -1,16 +1,11 @@
-#include <span>
-#include <vector>
-
+#include "base/bytes.h"
 #include "eventlog/classic_reader.h"
-#include "eventlog/filters.h"
 #include "fuzz/fuzz_target.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void ostrell::CheckInput(std::string_view input) {
   constexpr size_t kFixedPart = 56;  // of a record
-  const eventlog::CompositeFilter everything;
   std::vector<eventlog::EventRecord> records;
-  eventlog::WalkClassicRecords(std::as_bytes(std::span(data, size)), L"Application", everything,
+  eventlog::WalkClassicRecords(BytesOf(input), L"Application", eventlog::CompositeFilter(),
                                records);
-  ostrell::Require(records.size() <= size / kFixedPart);
-  return 0;
+  Require(records.size() <= input.size() / kFixedPart);
 }

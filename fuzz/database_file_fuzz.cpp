@@ -6,25 +6,22 @@
 #include <random>
 #include <set>
 #include <string>
-#include <string_view>
-#include <system_error>
 
 #include "base/json.h"
-#include "base/text.h"
 #include "fuzz/fuzz_target.h"
 #include "store/record_store.h"
 #include "store/schema.h"
 
+namespace ostrell {
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr std::string_view kCanary = "canary";
 
-// A folder in memory where the system has one. It is the process's current one, too, so that an
-// input can name the canary in it.
-class Folder {
- public:
+// A folder in memory where the system has one. It is the process's current one, so that an input
+// can name the canary in it.
+struct Folder {
   Folder() {
     const fs::path memory = "/dev/shm";
     path = (fs::exists(memory) ? memory : fs::temp_directory_path()) /
@@ -40,29 +37,19 @@ class Folder {
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
 
-  const fs::path& Path() const { return path; }
-
- private:
   fs::path path;
 };
 
-void Write(const fs::path& file, std::string_view bytes) {
+void Write(const char* file, std::string_view bytes) {
   if (!bytes.empty()) {
     std::ofstream(file, std::ios::binary) << bytes;
   }
 }
 
-std::string_view Take(std::string_view& rest, size_t length) {
-  const std::string_view taken = rest.substr(0, length);
-  rest.remove_prefix(taken.size());
-  return taken;
-}
-
 size_t TakeLength(std::string_view& rest) {
   size_t length = 0;
-  const std::string_view bytes = Take(rest, 4);
-  for (size_t i = 0; i < bytes.size(); ++i) {
-    length |= size_t{static_cast<uint8_t>(bytes[i])} << (8 * i);
+  for (size_t i = 0; i < 4; ++i) {
+    length |= size_t{TakeByte(rest)} << (8 * i);
   }
   return length;
 }
@@ -73,10 +60,9 @@ int64_t PassingTime() {
   return now += 100;
 }
 
-void Use(const fs::path& file) {
-  using namespace ostrell;
+void UseDatabase() {
   Connection store;
-  if (OpenRecordStore(Utf8FromWide(file.wstring()).c_str(), store, 1, PassingTime) != 1) {
+  if (OpenRecordStore("items.db", store, 1, PassingTime) != 1) {
     return;
   }
   EnsureSchema(store.Get());
@@ -90,24 +76,24 @@ void Use(const fs::path& file) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+void CheckInput(std::string_view input) {
   static const Folder folder;
-  std::string_view rest(reinterpret_cast<const char*>(data), size);
-  const size_t length = TakeLength(rest);
-  const size_t logLength = TakeLength(rest);
-  Write(folder.Path() / "items.db", Take(rest, length));
-  Write(folder.Path() / "items.db-wal", Take(rest, logLength));
-  Write(folder.Path() / "items.db-journal", rest);
-  Write(folder.Path() / "canary", kCanary);
-  Use(folder.Path() / "items.db");
-  std::ifstream canary(folder.Path() / "canary", std::ios::binary);
-  ostrell::Require(std::string{std::istreambuf_iterator<char>(canary), {}} == kCanary);
+  const size_t length = TakeLength(input);
+  const size_t logLength = TakeLength(input);
+  Write("items.db", Take(input, length));
+  Write("items.db-wal", Take(input, logLength));
+  Write("items.db-journal", input);
+  Write("canary", kCanary);
+  UseDatabase();
+  std::ifstream canary("canary", std::ios::binary);
+  Require(std::string{std::istreambuf_iterator<char>(canary), {}} == kCanary);
   canary.close();
   const std::set<std::string> own = {"canary", "items.db", "items.db-wal", "items.db-journal",
                                      "items.db-shm"};
-  for (const auto& entry : fs::directory_iterator(folder.Path())) {
-    ostrell::Require(own.contains(entry.path().filename().string()));
+  for (const auto& entry : fs::directory_iterator(folder.path)) {
+    Require(own.contains(entry.path().filename().string()));
     fs::remove(entry.path());
   }
-  return 0;
 }
+
+}  // namespace ostrell

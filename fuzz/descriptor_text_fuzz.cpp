@@ -1,15 +1,12 @@
 #include <algorithm>
-#include <span>
 #include <string>
-#include <string_view>
 
 #include "base/bytes.h"
 #include "fuzz/fuzz_target.h"
 #include "machine/descriptor_text.h"
 
+namespace ostrell {
 namespace {
-
-using namespace ostrell;
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
@@ -19,6 +16,15 @@ std::string UpToZero(std::string_view text) {
 
 bool ArePrintable(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return c >= 0x20 && c < 0x7F; });
+}
+
+// The characters in pairs, the two of each in the other order.
+std::string Swapped(std::string_view text) {
+  std::string swapped(text.size() + text.size() % 2, '\0');
+  for (size_t i = 0; i < text.size(); ++i) {
+    swapped[i ^ 1] = text[i];
+  }
+  return swapped;
 }
 
 // The bytes that the digits spell, or what was stored when they are none or not printable.
@@ -45,22 +51,16 @@ std::string PlainReading(std::string_view descriptor, uint32_t offset, bool swap
     return "";
   }
   const std::string decoded = PlainlyDecoded(UpToZero(descriptor.substr(offset)));
-  std::string text;
-  for (size_t i = 0; i < decoded.size(); ++i) {
-    const size_t from = swapPairs ? i ^ 1 : i;
-    text += from < decoded.size() ? decoded[from] : '\0';
-  }
-  text = UpToZero(text);
+  const std::string text = UpToZero(swapPairs ? Swapped(decoded) : decoded);
   const size_t first = text.find_first_not_of(kBlanks);
   return first == text.npos ? text : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
-void CheckIdentify(std::span<const std::byte> identify, size_t firstWord, size_t wordCount) {
-  const std::string text = IdentifyText(identify, firstWord, wordCount);
-  std::string words;
-  for (size_t i = 2 * firstWord; i + 1 < identify.size() && words.size() < 2 * wordCount; i += 2) {
-    words += {static_cast<char>(identify[i + 1]), static_cast<char>(identify[i])};
-  }
+void CheckIdentify(std::string_view identify, size_t firstWord, size_t wordCount) {
+  const std::string text = IdentifyText(BytesOf(identify), firstWord, wordCount);
+  const size_t begin = std::min(2 * firstWord, identify.size());
+  const size_t length = std::min(2 * wordCount, identify.size() - begin) / 2 * 2;
+  const std::string words = Swapped(identify.substr(begin, length));
   Require(words.starts_with(text) && text.find('\0') == text.npos);
   // A zero ended the text, or only blanks are left.
   const std::string_view rest = std::string_view(words).substr(text.size());
@@ -71,17 +71,15 @@ void CheckIdentify(std::span<const std::byte> identify, size_t firstWord, size_t
 
 // The first byte is the offset, from 128 on one far outside, and the first word; the second says
 // whether pairs are swapped, and is the count of words. The rest are the bytes.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 2) {
-    return 0;
-  }
-  const auto bytes = std::as_bytes(std::span(data, size)).subspan(2);
-  const uint32_t offset = data[0] < 0x80 ? data[0] : 0xFFFFFF00U + data[0];
-  const bool swapPairs = data[1] % 2 == 1;
-  const std::string text = DescriptorText(bytes, offset, swapPairs);
-  Require(text.size() <= bytes.size() && ArePrintable(text));
-  Require(text.find_first_not_of(' ') == text.npos || (text.front() != ' ' && text.back() != ' '));
-  Require(text == PlainReading(TextOf(bytes), offset, swapPairs));
-  CheckIdentify(bytes, data[0], data[1]);
-  return 0;
+void CheckInput(std::string_view input) {
+  const uint8_t first = TakeByte(input);
+  const uint8_t second = TakeByte(input);
+  const uint32_t offset = first < 0x80 ? first : 0xFFFFFF00U + first;
+  const bool swapPairs = second % 2 == 1;
+  const std::string text = DescriptorText(BytesOf(input), offset, swapPairs);
+  Require(text.size() <= input.size() && ArePrintable(text));
+  Require(text == PlainReading(input, offset, swapPairs));
+  CheckIdentify(input, first, second);
 }
+
+}  // namespace ostrell

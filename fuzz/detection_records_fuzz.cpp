@@ -7,9 +7,8 @@
 #include "reports/quarantine.h"
 #include "reports/sample_pass.h"
 
+namespace ostrell {
 namespace {
-
-using namespace ostrell;
 
 void CheckKept(const json_t* record) {
   Require(json_is_object(record) && json_object_get(record, "detail") == nullptr);
@@ -19,35 +18,31 @@ void CheckKept(const json_t* record) {
 }
 
 void ReadAsOtherLists(const json_t* records) {
-  size_t index = 0;
-  json_t* record = nullptr;
-  json_array_foreach(records, index, record) {
+  for (json_t* const record : Elements(records)) {
     for (PathOfRecord* const pathOf :
          {SubmittedSamplePath, NetworkProgramPath, FalsePositivePath}) {
       if (const auto path = pathOf(record)) {
         PathKey(*path);
       }
     }
-    const QuarantineInstructions instructions{1, records};
     if (const auto entry = ReadQuarantineEntry(record)) {
-      IsWanted(*entry, instructions);
+      IsWanted(*entry, {1, records});
     }
   }
 }
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const JsonOwner records(json_loadb(reinterpret_cast<const char*>(data), size, 0, nullptr));
+void CheckInput(std::string_view input) {
+  const JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
   ReadAsOtherLists(records.Get());
   const JsonOwner entries = KeepPopupEntries(records);
   Require(json_array_size(entries.Get()) <= json_array_size(records.Get()));
   const JsonOwner kept = KeepDetectionRecords(records);
   Require(json_array_size(kept.Get()) <= json_array_size(records.Get()));
-  size_t index = 0;
-  json_t* record = nullptr;
-  json_array_foreach(kept.Get(), index, record) {
+  for (const json_t* const record : Elements(kept.Get())) {
     CheckKept(record);
   }
-  return 0;
 }
+
+}  // namespace ostrell

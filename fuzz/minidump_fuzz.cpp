@@ -1,8 +1,7 @@
 #include <algorithm>
-#include <cstring>
 #include <optional>
 #include <string>
-#include <vector>
+#include <tuple>
 
 #include "base/bytes.h"
 #include "fuzz/fuzz_target.h"
@@ -22,10 +21,12 @@ bool NamesProgram(Bytes dump, uint32_t rva) {
   if (!length) {
     return false;
   }
-  Bytes name = dump.subspan(size_t{rva} + 4);
-  name = name.first(std::min<size_t>(*length, name.size()));
-  std::u16string text(name.size() / 2, u'\0');
-  std::memcpy(text.data(), name.data(), 2 * text.size());
+  const Bytes behind = dump.subspan(size_t{rva} + 4);
+  const Bytes name = behind.first(std::min<size_t>(*length, behind.size()));
+  std::u16string text;
+  while (const auto unit = ReadLittleEndian<uint16_t>(name, 2 * text.size())) {
+    text += static_cast<char16_t>(*unit);
+  }
   return text.substr(0, text.find(u'\0')).find(u".exe") != std::u16string::npos;
 }
 
@@ -39,53 +40,49 @@ DumpReading PlainReading(Bytes dump) {
   if (!read(12) || !Slice(dump, directory, 12 * streams)) {
     return {DumpKind::kNoModuleList};
   }
-  for (uint64_t entry = directory; entry < directory + 12 * streams; entry += 12) {
-    if (read(entry) != 4u) {
-      continue;
-    }
-    const uint64_t list = *read(entry + 8);
-    if (!read(list)) {
-      return {DumpKind::kNoModuleList};
-    }
-    for (uint64_t i = 0; i < *read(list) && Slice(dump, list + 4 + 108 * i, 108); ++i) {
-      if (NamesProgram(dump, *read(list + 4 + 108 * i + 20))) {
-        return {DumpKind::kModules, *read(list + 4 + 108 * i + 16)};
-      }
-    }
-    return {DumpKind::kModules};
+  uint64_t entry = directory;
+  while (entry < directory + 12 * streams && read(entry) != 4U) {
+    entry += 12;
   }
-  return {DumpKind::kNoModuleList};
+  const auto list = entry < directory + 12 * streams ? read(entry + 8) : std::nullopt;
+  const auto count = list ? read(*list) : std::nullopt;
+  if (!count) {
+    return {DumpKind::kNoModuleList};
+  }
+  uint64_t module = uint64_t{*list} + 4;
+  for (uint64_t i = 0; i < *count && Slice(dump, module, 108); ++i, module += 108) {
+    if (NamesProgram(dump, *read(module + 20))) {
+      return {DumpKind::kModules, *read(module + 16)};
+    }
+  }
+  return {DumpKind::kModules};
 }
 
-void RequireSame(const DumpReading& reading, const DumpReading& expected) {
-  Require(reading.kind == expected.kind);
-  Require(reading.crashModuleTime == expected.crashModuleTime);
-  Require(reading.leftOut == DumpLeftOut());
+bool AreSame(const DumpReading& one, const DumpReading& other) {
+  return std::tie(one.kind, one.crashModuleTime, one.leftOut) ==
+         std::tie(other.kind, other.crashModuleTime, other.leftOut);
 }
 
 }  // namespace
-}  // namespace ostrell
 
 // The input is the dump. Its last byte says where a gap opens in it, so that it takes several
 // pages, and which read of a page fails, where there are as many.
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  using namespace ostrell;
+void CheckInput(std::string_view input) {
   constexpr size_t kGap = 3996;
-  const uint8_t choice = size == 0 ? 0 : data[size - 1];
-  const size_t gapAt = size * (choice / 8) / 32;
-  const auto input = std::as_bytes(std::span(data, size));
-  std::vector<std::byte> dump(input.begin(), input.end());
-  dump.insert(dump.begin() + static_cast<ptrdiff_t>(gapAt), gapAt == 0 ? 0 : kGap, std::byte{0});
-  const DumpReading expected = PlainReading(dump);
-  RequireSame(ReadMinidump(SourceOf(dump)), expected);
+  const size_t choice = input.empty() ? 0 : static_cast<uint8_t>(input.back());
+  const size_t gapAt = input.size() * (choice / 8) / 32;
+  const std::string dump = std::string(input).insert(gapAt, gapAt == 0 ? 0 : kGap, '\0');
+  const DumpReading expected = PlainReading(BytesOf(dump));
+  Require(AreSame(ReadMinidump(SourceOf(dump)), expected));
 
-  const int failing = choice % 8;
-  int reads = 0;
+  const size_t failing = choice % 8;
+  size_t reads = 0;
   const DumpSource source = {dump.size(), [&](uint64_t offset, std::span<std::byte> to) {
                                return reads++ != failing && SourceOf(dump).copy(offset, to);
                              }};
   const DumpReading reading = ReadMinidump(source);
   Require(reads <= failing + 1);  // none once one has failed
-  RequireSame(reading, reads <= failing ? expected : DumpReading{DumpKind::kNoModuleList});
-  return 0;
+  Require(AreSame(reading, reads <= failing ? expected : DumpReading{DumpKind::kNoModuleList}));
 }
+
+}  // namespace ostrell

@@ -1,7 +1,7 @@
-// Runs a target once on each input of the folders that are its arguments, where there is no fuzzer:
-// on each file, and on the inputs of each recorded case.
+// Runs a target where there is no fuzzer: on each file of the folders that are its arguments, on
+// the inputs of each recorded case, and on every beginning of a short one. What is thrown ends it
+// as a failure.
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,42 +12,32 @@
 
 namespace {
 
-// Of exactly the input's size, so that a sanitizer sees what is read beyond it.
-void Run(const std::vector<char>& input) {
-  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
-}
-
-// Returns how many inputs the file holds.
-size_t Replay(const std::filesystem::path& path) {
+std::vector<std::string> InputsOf(const std::filesystem::path& path) {
   if (path.extension() == ".case") {
-    const auto inputs = ostrell::RecordedCase(path.string()).All("input");
-    for (const std::string& input : inputs) {
-      Run({input.begin(), input.end()});
-    }
-    return inputs.size();
+    return ostrell::RecordedCase(path.string()).All("input");
   }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    throw std::filesystem::filesystem_error("cannot open", path, {});
-  }
-  Run({std::istreambuf_iterator<char>(file), {}});
-  return 1;
+  std::ifstream file;
+  file.exceptions(std::ios::failbit);
+  file.open(path, std::ios::binary);
+  return {std::string(std::istreambuf_iterator<char>(file), {})};
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  size_t inputs = 0;
-  try {
-    for (int i = 1; i < argc; ++i) {
-      for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
-        inputs += Replay(entry.path());
+  unsigned inputs = 0;
+  for (int i = 1; i < argc; ++i) {
+    for (const auto& entry : std::filesystem::directory_iterator(argv[i])) {
+      for (const std::string& input : InputsOf(entry.path())) {
+        const size_t shortest = input.size() <= 1024 ? 0 : input.size();
+        for (size_t size = shortest; size <= input.size(); ++size, ++inputs) {
+          // Of exactly that size, so that a sanitizer sees what is read beyond it.
+          const std::vector<char> bytes(input.data(), input.data() + size);
+          ostrell::CheckInput({bytes.data(), bytes.size()});
+        }
       }
     }
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return 1;
   }
-  std::printf("%u inputs\n", static_cast<unsigned>(inputs));
+  std::printf("%u inputs\n", inputs);
   return inputs == 0 ? 1 : 0;
 }

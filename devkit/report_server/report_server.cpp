@@ -16,6 +16,9 @@ namespace {
 // In place of a fault's name: none, whatever is switched on.
 constexpr std::string_view kNoFault = "none";
 
+constexpr std::string_view kRequests = "/requests";
+constexpr std::string_view kBodies = "/bodies/";
+
 HttpAnswer PlainAnswer(int status, std::string_view text) {
   return {.status = status, .body = std::string(text) + "\n", .type = "text/plain"};
 }
@@ -25,15 +28,16 @@ std::string SameWithoutFault(const RequestTarget& target) {
   return target.faultName.empty() ? "/fault/none" + target.pathAndQuery : target.pathAndQuery;
 }
 
-std::optional<uint64_t> TicketNumber(std::string_view path) {
-  constexpr std::string_view kPut = "/put/";
+std::optional<uint64_t> NumberOf(std::string_view digits) {
   uint64_t number = 0;
-  if (!path.starts_with(kPut)) {
-    return std::nullopt;
-  }
-  const char* const end = path.data() + path.size();
-  const auto [stop, error] = std::from_chars(path.data() + kPut.size(), end, number);
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, number);
   return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+// The number in "/put/17" behind "/put/"; nothing in any other path.
+std::optional<uint64_t> NumberBehind(std::string_view start, std::string_view path) {
+  return path.starts_with(start) ? NumberOf(path.substr(start.size())) : std::nullopt;
 }
 
 bool IsJsonReport(std::string_view report) {
@@ -100,9 +104,22 @@ std::vector<JsonOwner> ReportServer::Requests() const {
   return requests;
 }
 
-HttpAnswer ReportServer::RequestList() const {
+// What was received, for tests.
+HttpAnswer ReportServer::AnswerRecord(const RequestTarget& target) {
+  if (target.path == kRequests) {
+    TakeWrittenFiles();
+    return RequestList(target);
+  }
+  const auto number = NumberBehind(kBodies, target.path);
+  auto body = number ? log.Body(*number) : std::nullopt;
+  return body ? HttpAnswer{.body = std::move(*body), .type = "application/octet-stream"}
+              : PlainAnswer(404, "no such body");
+}
+
+HttpAnswer ReportServer::RequestList(const RequestTarget& target) const {
+  const uint64_t after = NumberOf(target.Value("after").value_or("")).value_or(0);
   std::string body;
-  for (const std::string& line : log.Lines()) {
+  for (const std::string& line : log.Lines(after)) {
     body += (body.empty() ? "[" : ",\n") + line;
   }
   return {.body = body.empty() ? "[]" : body + "]"};
@@ -124,9 +141,8 @@ ActiveFaults ReportServer::FaultsOf(const RequestTarget& target) const {
 
 HttpAnswer ReportServer::Handle(const HttpRequest& request) {
   const RequestTarget target = ParseRequestTarget(request.target);
-  if (request.method == "GET" && target.path == "/requests") {
-    TakeWrittenFiles();
-    return RequestList();
+  if (request.method == "GET" && (target.path == kRequests || target.path.starts_with(kBodies))) {
+    return AnswerRecord(target);
   }
   ActiveFaults faults = FaultsOf(target);
   RequestRecord record{.request = request, .query = target.query};
@@ -181,7 +197,7 @@ HttpAnswer ReportServer::AnswerTicket(const RequestTarget& target, ActiveFaults&
 
 HttpAnswer ReportServer::AnswerPut(const RequestTarget& target, ActiveFaults& faults,
                                    RequestRecord& record) {
-  const auto number = TicketNumber(target.path);
+  const auto number = NumberBehind("/put/", target.path);
   const auto ticket = number ? tickets->Find(*number) : std::nullopt;
   if (!ticket) {
     return PlainAnswer(404, "no such ticket");

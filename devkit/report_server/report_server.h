@@ -62,7 +62,8 @@ class ReportServer {
   HttpAnswer AnswerGet(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer AnswerPut(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer AnswerTicket(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
-  HttpAnswer RequestList() const;
+  HttpAnswer AnswerRecord(const RequestTarget& target);
+  HttpAnswer RequestList(const RequestTarget& target) const;
   void TakeWrittenFiles();
   ActiveFaults FaultsOf(const RequestTarget& target) const;
   std::string Instructions() const;

@@ -129,6 +129,9 @@ bool RequestLog::Add(const RequestRecord& record) {
   const std::scoped_lock lock(mutex);
   lines.push_back(LineOf(next, record));
   const bool kept = store.empty() || Write(record, lines.back());
+  if (record.body) {
+    KeepBody(record.body->unpacked);
+  }
   ++next;
   return kept;
 }
@@ -141,9 +144,26 @@ bool RequestLog::Write(const RequestRecord& record, const std::string& line) con
          WriteFile(store / kLinesFile, line + "\n", std::ios::app);
 }
 
-std::vector<std::string> RequestLog::Lines() const {
+void RequestLog::KeepBody(const std::string& unpacked) {
+  bodyBytes += unpacked.size();
+  bodies[next] = unpacked;
+  while (bodyBytes > kKeptBodyBytes) {
+    bodyBytes -= bodies.begin()->second.size();
+    bodies.erase(bodies.begin());
+  }
+}
+
+std::optional<std::string> RequestLog::Body(uint64_t number) const {
   const std::scoped_lock lock(mutex);
-  return lines;
+  const auto found = bodies.find(number);
+  return found != bodies.end() ? std::optional(found->second) : std::nullopt;
+}
+
+std::vector<std::string> RequestLog::Lines(uint64_t after) const {
+  const std::scoped_lock lock(mutex);
+  const uint64_t first = next - lines.size();
+  const uint64_t skipped = after < first ? 0 : std::min<uint64_t>(after - first + 1, lines.size());
+  return {lines.begin() + static_cast<ptrdiff_t>(skipped), lines.end()};
 }
 
 }  // namespace ostrell

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -31,7 +32,8 @@ struct RequestRecord {
 //   NNNN.body       the unpacked body of a PUT
 //   requests.jsonl  the lines
 //
-// docs/report-protocol.md describes them. All operations may be called from any thread.
+// docs/report-protocol.md describes them. The unpacked bodies of the newest PUTs stay in memory,
+// too, kKeptBodyBytes at most. All operations may be called from any thread.
 class RequestLog {
  public:
   // Makes `folder` where it is missing; an empty one keeps nothing on disk. In a folder that holds
@@ -45,15 +47,24 @@ class RequestLog {
   // Returns false when the request could not be written to disk; it is then kept in memory only.
   bool Add(const RequestRecord& record);
 
-  std::vector<std::string> Lines() const;
+  // Of the requests behind number `after`.
+  std::vector<std::string> Lines(uint64_t after = 0) const;
+
+  // The unpacked body of the PUT of that number; nothing when it is none or no longer kept.
+  std::optional<std::string> Body(uint64_t number) const;
+
+  static constexpr size_t kKeptBodyBytes = size_t{64} << 20;
 
  private:
   bool Write(const RequestRecord& record, const std::string& line) const;
+  void KeepBody(const std::string& unpacked);
 
   mutable std::mutex mutex;
   std::filesystem::path store;
   uint64_t next = 1;
   std::vector<std::string> lines;
+  std::map<uint64_t, std::string> bodies;
+  size_t bodyBytes = 0;
 };
 
 }  // namespace ostrell

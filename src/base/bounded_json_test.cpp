@@ -1,24 +1,15 @@
 #include "base/bounded_json.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "tests/support/recorded_cases.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
 
+// How many elements there are, and what is parsed.
 TEST(BoundedJson, RecordedCases) {
-  for (const RecordedCase& recorded : CasesOf("bounded_json")) {
-    const auto elements = recorded.All("elements");
-    const auto parsed = recorded.All("parsed");
-    for (size_t i = 0; const std::string& input : recorded.All("input")) {
-      SCOPED_TRACE(recorded.Name() + ": " + input);
-      EXPECT_EQ(std::to_string(CountJsonElements(input)), elements.at(i));
-      EXPECT_EQ(CompactText(ParseJson(input)), parsed.at(i++));
-    }
-  }
+  ExpectRecorded("bounded_json", [](const std::string& input, const RecordedCase&) {
+    return std::to_string(CountJsonElements(input)) + ":" + CompactText(ParseJson(input));
+  });
 }
 
 TEST(BoundedJson, RefusesMoreElementsThanItMayCost) {

@@ -1,44 +1,33 @@
 #include "base/calendar.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <bit>
 #include <limits>
 #include <sstream>
 
-#include "tests/support/recorded_cases.h"
+#include "base/print.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
 
 using Fields = std::array<uint16_t, 8>;
 
-Fields FieldsOf(const std::string& text) {
-  Fields fields{};
-  std::istringstream stream(text);
-  for (uint16_t& field : fields) {
-    EXPECT_TRUE(stream >> field) << text;
-  }
-  return fields;
-}
-
 TEST(Calendar, RecordedCases) {
-  for (const RecordedCase& recorded : CasesOf("calendar")) {
-    const auto ticks = recorded.All("ticks");
-    const auto seconds = recorded.All("seconds");
-    for (size_t i = 0; const std::string& date : recorded.All("date")) {
-      const auto utc = std::bit_cast<SystemTime>(FieldsOf(date));
-      const uint64_t first = std::stoull(ticks.at(i));
-      EXPECT_EQ(TicksFromSystemTime(utc), first) << date;
-      EXPECT_EQ(SecondsSince1970(utc), std::stoll(seconds.at(i++))) << date;
-      const auto last = SystemTimeFromTicks(first + 9999);
-      EXPECT_EQ(std::bit_cast<Fields>(last.value_or(SystemTime{})), FieldsOf(date));
+  ExpectRecorded("calendar", [](const std::string& date, const RecordedCase&) {
+    Fields fields{};
+    std::istringstream stream(date);
+    for (uint16_t& field : fields) {
+      EXPECT_TRUE(stream >> field) << date;
     }
-    for (const std::string& date : recorded.All("no_date")) {
-      EXPECT_EQ(SecondsSince1970(std::bit_cast<SystemTime>(FieldsOf(date))), -1) << date;
+    const auto utc = std::bit_cast<SystemTime>(fields);
+    const auto ticks = TicksFromSystemTime(utc);
+    if (ticks) {
+      const auto last = SystemTimeFromTicks(*ticks + 9999);
+      EXPECT_EQ(std::bit_cast<Fields>(last.value_or(SystemTime{})), fields);
     }
-  }
+    return Print("%s %lld", ticks ? std::to_string(*ticks) : "none", SecondsSince1970(utc));
+  });
 }
 
 TEST(Calendar, ConstantsAndEnds) {

@@ -1,18 +1,51 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 #include <string>
 #include <vector>
 
+#include "base/byte_buffer.h"
 #include "base/bytes.h"
 #include "base/hex.h"
 #include "base/md5.h"
 #include "base/murmur.h"
 #include "base/sha1.h"
-#include "tests/support/recorded_cases.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
+
+constexpr uint64_t kHuge = std::numeric_limits<uint64_t>::max();
+
+TEST(Bytes, SliceOfWhatLiesInside) {
+  const auto slice = [](uint64_t offset, uint64_t length) {
+    const auto found = Slice(BytesOf("abcdef"), offset, length);
+    return found ? TextOf(*found) : "nothing";
+  };
+  EXPECT_EQ(slice(0, 6), "abcdef");
+  EXPECT_EQ(slice(2, 3), "cde");
+  EXPECT_EQ(slice(6, 0), "");
+  for (const auto& [offset, length] : std::initializer_list<std::pair<uint64_t, uint64_t>>{
+           {0, 7}, {6, 1}, {7, 0}, {1, kHuge}, {kHuge, 1}, {kHuge, kHuge}}) {
+    EXPECT_EQ(slice(offset, length), "nothing") << offset << ' ' << length;
+  }
+}
+
+TEST(Bytes, LittleEndianOfEachWidthAndAtTheEnds) {
+  const auto bytes = BytesOf("\x01\x02\x03\x04\x05\x06\x07\xF8\x09");
+  EXPECT_EQ(ReadLittleEndian<uint8_t>(bytes, 7), 0xF8);
+  EXPECT_EQ(ReadLittleEndian<uint16_t>(bytes, 7), 0x09F8);
+  EXPECT_EQ(ReadLittleEndian<uint32_t>(bytes, 1), 0x05040302u);
+  EXPECT_EQ(ReadLittleEndian<uint64_t>(bytes, 0), 0xF807060504030201u);
+  EXPECT_EQ(ReadLittleEndian<uint64_t>(bytes, 2), std::nullopt);
+  EXPECT_EQ(ReadLittleEndian<uint32_t>(bytes, kHuge - 1), std::nullopt);
+}
+
+TEST(Bytes, WithoutMemoryThereAreNone) {
+  EXPECT_EQ(AllocateBytes(5000), ByteBuffer(5000));
+  EXPECT_EQ(AllocateBytes(kHuge), std::nullopt);
+}
 
 // Fed in pieces, or at once.
 template <class Digest>
@@ -25,15 +58,9 @@ std::string HexOf(std::span<const std::byte> bytes, size_t piece = SIZE_MAX) {
 }
 
 TEST(Digests, RecordedCases) {
-  for (const RecordedCase& recorded : CasesOf("digests")) {
-    const auto md5 = recorded.All("md5");
-    const auto sha1 = recorded.All("sha1");
-    for (size_t i = 0; const std::string& input : recorded.All("input")) {
-      EXPECT_EQ(md5.empty() ? sha1.at(i) : md5.at(i),
-                md5.empty() ? HexOf<Sha1>(BytesOf(input)) : HexOf<Md5>(BytesOf(input)));
-      ++i;
-    }
-  }
+  ExpectRecorded("digests", [](const std::string& input, const RecordedCase& recorded) {
+    return recorded.Name() == "md5" ? HexOf<Md5>(BytesOf(input)) : HexOf<Sha1>(BytesOf(input));
+  });
   // RFC 3174, 7.3.
   EXPECT_EQ(UpperHex(Sha1::Of(BytesOf(std::string(1000000, 'a')))),
             "34AA973CD4C4DAA4F61EEB2BDBAD27316534016F");

@@ -122,22 +122,13 @@ TEST_F(FilesTest, ForeignNamesLeadToDisksOnly) {
 // Only there a 32-bit process is to see the real system folder, and only while the file opens.
 TEST_F(FilesTest, RedirectionIsOffWhileAForeignNameOpens) {
   folder.Write("file", "text");
-  std::string calls;
-  RedirectionApi api;
-  api.disable = [&](void**) {
-    calls += "off ";
-    return TRUE;
-  };
-  api.revert = [&](void*) {
-    calls += "on ";
-    return TRUE;
-  };
-  const WindowsFiles redirected(api);
+  NotedRedirection redirection;
+  const WindowsFiles redirected(redirection.api);
   for (const FileUse use : kUses) {
     redirected.Open(Path(L"file"), use);
     redirected.Open(Path(L"missing"), use);
   }
-  EXPECT_EQ(calls, "off on off on ");
+  EXPECT_EQ(redirection.calls, "off on off on ");
 }
 
 TEST_F(FilesTest, ListsNamesOfEitherLength) {

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "base/limited_set.h"
+
 namespace ostrell {
 namespace {
 
@@ -42,6 +44,16 @@ TEST(Owner, AssigningToItselfReleasingAndReceiving) {
   number.Reset(5);
   *number.Receive() = 6;
   EXPECT_EQ(closed, std::vector{5});
+}
+
+TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
+  LimitedSet<uint32_t> set(2);
+  EXPECT_TRUE(set.Add(0));
+  EXPECT_FALSE(set.Add(0));
+  EXPECT_TRUE(set.Add(7));
+  EXPECT_TRUE(set.Add(8));
+  EXPECT_TRUE(set.Add(8));
+  EXPECT_FALSE(set.Add(7));
 }
 
 }  // namespace

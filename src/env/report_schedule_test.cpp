@@ -1,13 +1,12 @@
 #include "env/report_schedule.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <limits>
 #include <sstream>
 
+#include "base/print.h"
+#include "tests/support/expect_recorded.h"
 #include "tests/support/fake_settings_store.h"
-#include "tests/support/recorded_cases.h"
 
 namespace ostrell {
 namespace {
@@ -17,24 +16,18 @@ constexpr ReportTime kReports[] = {
     kMachineInformationTime, kDetectionLogTime, kPopupBlockLogTime,  kSampleTime,
     kFalsePositiveTime,      kQuarantineTime,   kScanStatisticsTime, kUnifiedReportTime};
 
+// Of the last time and now.
 TEST(ReportDue, RecordedCases) {
-  const auto cases = CasesOf("report_due");
-  EXPECT_EQ(cases.size(), std::size(kReports));
-  for (const RecordedCase& recorded : cases) {
+  EXPECT_EQ(CasesOf("report_due").size(), std::size(kReports));
+  ExpectRecorded("report_due", [](const std::string& times, const RecordedCase& recorded) {
     const std::string& key = recorded["key"];
     const auto* const report = std::ranges::find(kReports, std::wstring(key.begin(), key.end()),
                                                  [](const auto& row) { return row.key; });
-    ASSERT_NE(report, std::end(kReports)) << key;
-    for (const bool isDue : {true, false}) {
-      for (const std::string& times : recorded.All(isDue ? "due" : "waits")) {
-        FakeSettingsStore store;
-        int64_t now = 0;
-        std::istringstream(times) >> store.times[key] >> now;
-        const ReportWindow window = ReadReportWindow(store.Hold(), report->key, now);
-        EXPECT_EQ(IsDue(*report, window, now), isDue) << key << ": " << times;
-      }
-    }
-  }
+    FakeSettingsStore store;
+    int64_t now = 0;
+    std::istringstream(times) >> store.times[key] >> now;
+    return IsDue(*report, ReadReportWindow(store.Hold(), report->key, now), now) ? "due" : "waits";
+  });
 }
 
 TEST(ReportDue, SettingIsTheIntervalOfTheUnifiedReport) {
@@ -62,17 +55,16 @@ TEST(ReportWindow, RecordedCases) {
       return found;
     }
   };
-  for (const std::string& row : CasesOf("report_window").front().All("window")) {
+  ExpectRecorded("report_window", [](const std::string& readings, const RecordedCase&) {
     ChangingStore store;
-    int64_t start = 0;
-    size_t readings = 0;
-    std::istringstream(row) >> store.times["rpttm_fp"] >> store.second >> start >> readings;
-    const int64_t last = store.times["rpttm_fp"];
+    std::istringstream(readings) >> store.times["rpttm_fp"] >> store.second;
     const ReportWindow window = ReadReportWindow(store.Hold(), L"rpttm_fp", kNow);
-    EXPECT_EQ(window.last, last) << row;
-    EXPECT_EQ(window.start, start) << row;
-    EXPECT_EQ(store.readKeys, std::vector<std::string>(readings, "rpttm_fp")) << row;
-  }
+    std::string outcome = Print("%lld %lld", window.last, window.start);
+    for (const std::string& key : store.readKeys) {
+      outcome += " " + key;
+    }
+    return outcome;
+  });
   // The look-back of the smallest number wraps to a large one, later than any stored time.
   EXPECT_EQ(ReadReportWindow({}, L"rpttm_li", std::numeric_limits<int64_t>::min()).start,
             9223372036854171008);

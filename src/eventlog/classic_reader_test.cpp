@@ -1,17 +1,18 @@
 #include "eventlog/classic_reader.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/print.h"
+#include <sstream>
+
+#include "tests/support/event_reading.h"
 #include "tests/support/expect_recorded.h"
-#include "tests/support/fake_event_log.h"
 
 namespace eventlog {
 namespace {
 
+using ostrell::EventReading;
 using ostrell::FakeEventLog;
-using testing::ElementsAre;
+using ostrell::RecordedCase;
 
 std::string Text(const EventRecord& record) {
   const ostrell::SystemTime& time = record.timeCreated;
@@ -34,83 +35,39 @@ TEST(ClassicRecords, RecordedCases) {
   });
 }
 
-FakeEventLog::ClassicRead Records(std::initializer_list<uint32_t> ids) {
+// "error 122 needs 70000", or ids.
+FakeEventLog::ClassicRead ReadOf(const std::string& text) {
   FakeEventLog::ClassicRead read;
-  for (const uint32_t id : ids) {
-    read.records.push_back({.eventId = id});
+  if (std::sscanf(text.c_str(), "error %u needs %u", &read.error, &read.needed) == 0) {
+    std::istringstream ids(text);
+    for (uint32_t id = 0; ids >> id;) {
+      read.records.push_back({.eventId = id});
+    }
   }
   return read;
 }
 
-struct Reading {
-  std::vector<uint32_t> ids{};
-  std::wstring error{};
-  ReadingEnd end{};
-};
-
-Reading ReadAll(const std::wstring& server = L"", bool isOpen = true, size_t maxTaken = 100000) {
-  LegacyEventLogReader reader(server, isOpen, FakeEventLog::Classic());
-  Reading reading;
-  reading.end = reader.ReadEvents(L"Log", EventIdFilter(1, 99), TimeBudget(ostrell::SecondByLook()),
-                                  [&](const EventRecord& record) {
-                                    reading.ids.push_back(record.eventId);
-                                    return reading.ids.size() < maxTaken;
-                                  });
-  reading.error = reader.LastError();
-  return reading;
-}
-
-TEST(ClassicReader, KeepsTheOrderAndFilters) {
-  FakeEventLog log;
-  log.classic[L"Log"] = {Records({9, 100, 8}), Records({7})};
-  const Reading reading = ReadAll();
-  EXPECT_THAT(reading.ids, ElementsAre(9, 8, 7));
-  EXPECT_EQ(reading.error, L"");
-  EXPECT_EQ(log.server, L"(none)");
-}
-
-TEST(ClassicReader, LogWithoutEnd) {
-  FakeEventLog log;
-  log.classic[L"Log"] = {Records({9, 8})};
-  log.endless = L"Log";
-  const Reading reading = ReadAll();
-  EXPECT_EQ(reading.end, ReadingEnd::kOutOfTime);
-  EXPECT_EQ(reading.ids.size(), 2u * 299);  // one look before each read and one when it began
-
-  log.bufferSizes.clear();
-  const Reading stopped = ReadAll(L"", true, 3);
-  EXPECT_THAT(stopped.ids, ElementsAre(9, 8, 9));
-  EXPECT_EQ(stopped.end, ReadingEnd::kStopped);
-  EXPECT_EQ(log.bufferSizes.size(), 2u);
-}
-
-TEST(ClassicReader, EndsAndFailures) {
-  FakeEventLog log;
-  log.classic[L"Log"] = {Records({5}), {}, Records({6})};
-  EXPECT_THAT(ReadAll().ids, ElementsAre(5));  // nothing read is the end
-
-  log.classic[L"Log"] = {Records({5}), {.error = 87}};
-  const Reading broken = ReadAll(L"server");
-  EXPECT_THAT(broken.ids, ElementsAre(5));
-  EXPECT_EQ(broken.error, L"error 87");
-  EXPECT_EQ(log.server, L"server");
-
-  log.failing = "OpenEventLog";
-  EXPECT_EQ(ReadAll().error, L"error 2");
-  EXPECT_EQ(ReadAll(L"", false).error, L"error 6");
-}
-
-TEST(ClassicReader, BufferGrowsOnDemandOnly) {
-  FakeEventLog log;
-  log.classic[L"Log"] = {
-      {.error = 122, .needed = 70000}, Records({5}), {.error = 122, .needed = 0x80000}};
-  const Reading reading = ReadAll();
-  EXPECT_THAT(reading.ids, ElementsAre(5));
-  EXPECT_THAT(log.bufferSizes, ElementsAre(65536, 70000, 70000));
-  EXPECT_EQ(reading.error, L"error 122");  // more than the system documents
-
-  log.classic[L"Log"] = {{.error = 122, .needed = 65536}};  // would be asked for ever
-  EXPECT_EQ(ReadAll().error, L"error 122");
+// A case says what each read of the log gives; of the outcome: records that the filter lets pass,
+// end, last error.
+TEST(ClassicReader, RecordedCases) {
+  for (const RecordedCase& recorded : ostrell::CasesOf("classic_reading")) {
+    SCOPED_TRACE(recorded.Name());
+    EventReading reading(recorded, L"Log");
+    for (const std::string& read : recorded.All("read")) {
+      reading.log.classic[L"Log"].push_back(ReadOf(read));
+    }
+    LegacyEventLogReader reader(reading.Server(), !recorded.Has("closed"), FakeEventLog::Classic());
+    const auto outcome = reading.Outcome(reader, [&](const auto& budget, const auto& take) {
+      return reader.ReadEvents(L"Log", EventIdFilter(1, 99), budget, take);
+    });
+    EXPECT_EQ(outcome, recorded["expect"]);
+    EXPECT_EQ(ostrell::Utf8FromWide(reading.log.server), reading.Field("opened on"));
+    std::string buffers;
+    for (const uint32_t size : reading.log.bufferSizes) {
+      buffers += (buffers.empty() ? "" : " ") + std::to_string(size);
+    }
+    EXPECT_TRUE(buffers == reading.Field("buffers") || recorded.Has("clock")) << buffers;
+  }
 }
 
 }  // namespace

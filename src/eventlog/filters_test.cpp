@@ -2,65 +2,89 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
+
+#include "base/text.h"
+#include "eventlog/select_xpath.h"
+#include "tests/support/recorded_cases.h"
+
 namespace eventlog {
 namespace {
 
-EventRecord Record(uint32_t id, uint32_t level = 0, uint64_t ticks = 0) {
+using ostrell::RecordedCase;
+
+// "ids 7000 7009": a kind and the arguments of its constructor.
+std::unique_ptr<EventFilter> FilterOf(const std::string& text) {
+  std::istringstream words(text);
+  std::string kind;
+  words >> kind;
+  const std::vector<uint64_t> numbers(std::istream_iterator<uint64_t>(words), {});
+  const auto number = [&numbers](size_t i) { return static_cast<uint32_t>(numbers.at(i)); };
+  if (kind == "seconds") {
+    return std::make_unique<TimeRangeFilter>(int64_t{number(0)}, int64_t{number(1)});
+  }
+  if (kind == "ticks") {
+    return std::make_unique<TimeRangeFilter>(number(0) != 0, number(1) != 0, numbers.at(2),
+                                             numbers.at(3));
+  }
+  if (kind == "id-range") {
+    return std::make_unique<EventIdFilter>(number(0), number(1));
+  }
+  const std::vector<uint32_t> list(numbers.begin(), numbers.end());
+  if (kind == "ids") {
+    return std::make_unique<EventIdFilter>(list);
+  }
+  if (kind == "levels") {
+    return std::make_unique<LevelFilter>(list);
+  }
+  if (kind == "test") {
+    return std::make_unique<CustomFilter>([](const EventRecord&) { return true; });
+  }
+  return std::make_unique<CompositeFilter>();
+}
+
+// "ID LEVEL TICKS", or without a date.
+EventRecord RecordOf(const std::string& text) {
   EventRecord record;
-  record.eventId = id;
-  record.level = level;
-  record.timeCreated = ostrell::SystemTimeFromTicks(ticks).value_or(ostrell::SystemTime{});
+  uint64_t ticks = 0;
+  std::istringstream words(text);
+  words >> record.eventId >> record.level;
+  if (words >> ticks) {
+    record.timeCreated = ostrell::SystemTimeFromTicks(ticks).value();
+  }
   return record;
 }
 
-bool Passes(const TimeRangeFilter& filter, uint64_t ticks) {
-  return filter.Matches(Record(0, 0, ticks));
-}
-
-TEST(Filters, TimeRangeIncludesItsBounds) {
-  constexpr uint64_t kMillisecond = 10000;
-  const uint64_t from = ostrell::TicksFromSeconds(1704067200);
-  const uint64_t to = ostrell::TicksFromSeconds(1706745599);
-  const TimeRangeFilter both(1704067200, 1706745599);
-  EXPECT_FALSE(Passes(both, from - kMillisecond));
-  EXPECT_TRUE(Passes(both, from));
-  EXPECT_TRUE(Passes(both, to));
-  EXPECT_FALSE(Passes(both, to + kMillisecond));
-  EXPECT_FALSE(both.Matches(EventRecord()));  // no date
-
-  const TimeRangeFilter upper(false, true, 0, to);
-  EXPECT_TRUE(upper.Matches(EventRecord()));
-  EXPECT_FALSE(Passes(upper, to + kMillisecond));
-  const TimeRangeFilter lower(true, false, from, 0);
-  EXPECT_FALSE(Passes(lower, from - kMillisecond));
-  EXPECT_TRUE(Passes(lower, to + kMillisecond));
-  EXPECT_TRUE(Passes({false, false, 5, 4}, from));
-}
-
-TEST(Filters, EventIds) {
-  const EventIdFilter list(std::vector<uint32_t>{7000, 7009});
-  EXPECT_TRUE(list.Matches(Record(7009)));
-  EXPECT_FALSE(list.Matches(Record(7001)));
-  EXPECT_FALSE(EventIdFilter(std::vector<uint32_t>()).Matches(Record(0)));
-
-  const struct {
-    uint32_t least, most, id;
-    bool passes;
-  } ranges[] = {{0, 0, 5, true}, {0, 5, 5, true},  {0, 5, 6, false}, {5, 0, 4, false},
-                {5, 0, 5, true}, {5, 9, 4, false}, {5, 9, 9, true},  {5, 9, 10, false}};
-  for (const auto& range : ranges) {
-    EXPECT_EQ(EventIdFilter(range.least, range.most).Matches(Record(range.id)), range.passes)
-        << range.least << " " << range.most << " " << range.id;
+// What a case's filters say to the service, which of them remain to be tested here, and what they
+// let pass.
+TEST(EventFilter, RecordedCases) {
+  for (const RecordedCase& recorded : ostrell::CasesOf("event_filter")) {
+    SCOPED_TRACE(recorded.Name());
+    CompositeFilter composite;
+    for (const std::string& filter : recorded.All("filter")) {
+      composite.Add(FilterOf(filter));
+    }
+    for (const std::string& record : recorded.All("passes")) {
+      EXPECT_TRUE(composite.Matches(RecordOf(record))) << record;
+    }
+    for (const std::string& record : recorded.All("fails")) {
+      EXPECT_FALSE(composite.Matches(RecordOf(record))) << record;
+    }
+    const std::string provider = recorded.Has("provider") ? recorded["provider"] : "";
+    std::vector<const EventFilter*> rest;
+    const auto query = BuildSelectXPath(ostrell::WideFromUtf8(provider).value(), composite, rest);
+    EXPECT_EQ(ostrell::Utf8FromWide(query), recorded["query"]);
+    std::istringstream memory(recorded.Has("memory") ? recorded["memory"] : "");
+    std::vector<const EventFilter*> expected;
+    for (size_t child = 0; memory >> child;) {
+      expected.push_back(composite.children.at(child).get());
+    }
+    EXPECT_EQ(rest, expected);
   }
 }
 
-TEST(Filters, Levels) {
-  EXPECT_TRUE(LevelFilter({0, 3, 2}).Matches(Record(0, 2)));
-  EXPECT_FALSE(LevelFilter({1, 3}).Matches(Record(0, 2)));
-  EXPECT_FALSE(LevelFilter({0}).Matches(Record(0, 0)));
-}
-
-TEST(Filters, CompositeStopsAtTheFirstFalse) {
+TEST(CompositeFilter, StopsAtTheFirstFalse) {
   CompositeFilter composite;
   EXPECT_TRUE(composite.Matches(EventRecord()));
   int calls = 0;

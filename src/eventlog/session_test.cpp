@@ -4,147 +4,68 @@
 
 #include <stdexcept>
 
-#include "tests/support/fake_event_log.h"
+#include "tests/support/event_reading.h"
 
 namespace eventlog {
 namespace {
 
-using ostrell::FakeEventLog;
+using ostrell::EventReading;
+using ostrell::RecordedCase;
 
-struct Reading {
-  std::vector<EventRecord> records;
-  ReadingEnd end;
-  std::wstring error;
-};
+// "x*260" is 260 times an x.
+std::wstring Name(const std::string& text) {
+  const size_t star = text.find('*');
+  return star == text.npos ? ostrell::WideFromUtf8(text).value()
+                           : std::wstring(std::stoul(text.substr(star + 1)), text[0]);
+}
 
-class SessionTest : public testing::Test {
- protected:
-  // Events of "System" with ids from 1 on.
-  static void Record(FakeEventLog& log, int count, const std::string& level = "2") {
-    for (int id = 1; id <= count; ++id) {
-      log.modern[L"System"] +=
-          ostrell::RecordedEventText{.provider = "P", .id = std::to_string(id), .level = level}
-              .Text();
-    }
+// Events of "System" by the provider P with ids from 1 on. The list of channels is `others` times
+// "Other" and then each `channel`, or as it is by itself.
+void Prepare(const RecordedCase& recorded, EventReading& reading) {
+  const int64_t count = recorded.Number("events");
+  for (int64_t id = 1; id <= count; ++id) {
+    ostrell::RecordedEventText event{.provider = "P", .id = std::to_string(id)};
+    event.level = id == count && recorded.Has("last level") ? recorded["last level"] : "2";
+    reading.log.modern[L"System"] += event.Text();
   }
-
-  Reading Query(const std::wstring& server = L"", const std::wstring& provider = L"P") {
-    EventLogSession session(server, FakeEventLog::Modern());
-    Reading reading;
-    reading.end = session.QueryEvents(L"System", provider, filter, TimeBudget(clock),
-                                      [&](EventRecord record) {
-                                        reading.records.push_back(std::move(record));
-                                        return reading.records.size() < maxTaken;
-                                      });
-    reading.error = session.LastError();
-    return reading;
+  reading.log.channels.assign(recorded.Has("others") ? recorded.Number("others") : 0, L"Other");
+  for (const std::string& channel : recorded.All("channel")) {
+    reading.log.channels.push_back(Name(channel));
   }
+  reading.log.unrendered = Name(reading.Field("unrendered"));
+  reading.log.announced =
+      static_cast<uint32_t>(recorded.Has("announced") ? recorded.Number("announced") : 0);
+  reading.log.succeedsAtEnd = recorded.Has("succeeds at end");
+  reading.log.rendersLess = recorded.Has("renders half");
+}
 
-  FakeEventLog log;
+std::string Outcome(const RecordedCase& recorded, EventReading& reading) {
   CompositeFilter filter;
-  TimeBudget::Clock clock = [] { return std::chrono::steady_clock::time_point(); };
-  size_t maxTaken = 1000000;
-};
-
-TEST_F(SessionTest, RecordsInTheOrderOfTheService) {
-  Record(log, 150);
-  log.unrendered = L">8<";
-  filter.Add(std::make_unique<CustomFilter>(
-      [](const EventRecord& record) { return record.eventId % 2 == 0; }));
-  const auto [records, end, error] = Query();
-  ASSERT_EQ(records.size(), 74u);
-  EXPECT_EQ(records[0].eventId, 2u);
-  EXPECT_EQ(records[3].eventId, 10u);
-  EXPECT_EQ(records[73].eventId, 150u);
-  EXPECT_EQ(records[0].channel, L"System");
-  EXPECT_EQ(log.largestBatch, 64u);
-  EXPECT_EQ(error, L"");
-  EXPECT_NE(log.queries.at(0).find("*[System[(Provider/@Name='P')]]"), std::string::npos);
-}
-
-TEST_F(SessionTest, FailureAtAnyCall) {
-  const struct {
-    const char* call;
-    const wchar_t* error;
-    size_t records;
-  } cases[] = {
-      {"", L"", 70},         {"EvtOpenSession", L"error 6", 0}, {"EvtQuery", L"error 5", 0},
-      {"EvtNext", L"", 64},  // at the second batch
-      {"EvtRender", L"", 0}, {"EvtOpenChannelEnum", L"", 0}};
-  Record(log, 70);
-  for (const auto& c : cases) {
-    log.failing = c.call;
-    const Reading reading = Query(L"server");
-    EXPECT_EQ(reading.records.size(), c.records) << c.call;
-    EXPECT_EQ(reading.error, c.error) << c.call;
-    EXPECT_EQ(log.open, 0) << c.call;
+  if (recorded.Has("even ids")) {
+    filter.Add(std::make_unique<CustomFilter>(
+        [](const EventRecord& record) { return record.eventId % 2 == 0; }));
   }
-  log.failing = "";
-  EXPECT_EQ(Query(L"", std::wstring(4000, L'p')).error, L"error 122");
-  EXPECT_EQ(log.queries.size(), 4u);  // the one that does not fit is not run
+  EventLogSession session(reading.Server(), ostrell::FakeEventLog::Modern());
+  try {
+    return reading.Outcome(session, [&](const auto& budget, const auto& take) {
+      return session.QueryEvents(L"System", Name(reading.Field("provider")), filter, budget, take);
+    });
+  } catch (const std::invalid_argument&) {
+    return "no number";
+  }
 }
 
-TEST_F(SessionTest, ThrowClosesEveryHandle) {
-  Record(log, 69);
-  Record(log, 1, "none");
-  EXPECT_THROW(Query(L"server"), std::invalid_argument);
-  EXPECT_EQ(log.opened, 73);  // session, channels, results, 70 events
-}
-
-TEST_F(SessionTest, ChannelsAreKnownByTheirExactNames) {
-  Record(log, 1);
-  log.channels = {L"system", L"Systems"};
-  EXPECT_TRUE(Query().records.empty());
-  EXPECT_EQ(Query().error, L"");
-  log.channels = {L"A", std::wstring(260, L'x'), L"System"};  // the long one ends the list
-  EXPECT_TRUE(Query().records.empty());
-  log.channels = {std::wstring(259, L'x'), L"System"};
-  EXPECT_EQ(Query().records.size(), 1u);
-}
-
-TEST_F(SessionTest, ReadingEndsByTimeTakerOrEmptyBatch) {
-  Record(log, 1);
-  log.succeedsAtEnd = true;
-  EXPECT_EQ(Query().records.size(), 1u);
-
-  log.endless = L"System";
-  maxTaken = 100;
-  const Reading stopped = Query();
-  EXPECT_EQ(stopped.records.size(), 100u);
-  EXPECT_EQ(stopped.end, ReadingEnd::kStopped);
-
-  maxTaken = 1000000;
-  clock = ostrell::SecondByLook();
-  const auto [records, end, error] = Query();
-  // A look when the reading begins, one at the only channel, 298 before a batch each.
-  EXPECT_EQ(records.size(), 64u * 298);
-  EXPECT_EQ(end, ReadingEnd::kOutOfTime);
-  EXPECT_EQ(error, L"");
-}
-
-TEST_F(SessionTest, ListOfChannelsEnds) {
-  Record(log, 1);
-  log.channels.assign(65535, L"Other");
-  log.channels.emplace_back(L"System");
-  EXPECT_EQ(Query().records.size(), 1u);
-  log.channels.insert(log.channels.begin(), L"Other");
-  const Reading late = Query();
-  EXPECT_TRUE(late.records.empty());
-  EXPECT_EQ(late.end, ReadingEnd::kTooManyChannels);
-  log.channels.pop_back();
-  EXPECT_EQ(Query().end, ReadingEnd::kComplete);
-  clock = ostrell::SecondByLook();
-  EXPECT_EQ(Query().end, ReadingEnd::kOutOfTime);
-}
-
-TEST_F(SessionTest, RenderingOfAnotherSize) {
-  Record(log, 1);
-  const size_t whole = Query().records.at(0).data.size();
-  log.rendersLess = true;
-  EXPECT_EQ(Query().records.at(0).data.size(), whole / 2);
-  log.rendersLess = false;
-  log.announced = (16u << 20) + 1;
-  EXPECT_TRUE(Query().records.empty());
+// A case says of the service what it holds and does; of the outcome: records, end, last error.
+TEST(EventLogSession, RecordedCases) {
+  for (const RecordedCase& recorded : ostrell::CasesOf("event_session")) {
+    SCOPED_TRACE(recorded.Name());
+    EventReading reading(recorded, L"System");
+    Prepare(recorded, reading);
+    EXPECT_EQ(Outcome(recorded, reading), recorded["expect"]);
+    EXPECT_EQ(reading.log.open, 0);
+    EXPECT_EQ(reading.log.opened, recorded.Number("handles"));
+    EXPECT_EQ(reading.log.queries.size(), recorded.Number("queries"));
+  }
 }
 
 }  // namespace

@@ -1,87 +1,55 @@
 #include "machine/system_facts_win.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <sstream>
 #include <string>
 
 #include "base/print.h"
+#include "tests/support/expect_recorded.h"
 #include "tests/support/test_folder_win.h"
 
 namespace ostrell {
 namespace {
 
-// A workstation of version 6.3 and a processor of type 8664, of which each test changes a part.
-class OperatingSystemTest : public testing::Test {
- protected:
-  OperatingSystemTest() {
-    api.rtlGetVersion = [this](OSVERSIONINFOEXW* version) {
+// The words of a case are told in its file.
+SystemApi SystemOf(const std::string& words) {
+  OSVERSIONINFOEXW record{284, 0, 0, 9600, 2, L"", 0, 0, 0, 0, 0};
+  SYSTEM_INFO system{};
+  std::string rtl;
+  std::string versionEx;
+  uint32_t productType = 0;
+  int serverR2 = 0;
+  std::istringstream(words) >> record.dwMajorVersion >> record.dwMinorVersion >> productType >>
+      rtl >> versionEx >> system.dwProcessorType >> system.wProcessorArchitecture >> serverR2;
+  record.wProductType = static_cast<BYTE>(productType);
+  SystemApi api;
+  if (rtl != "missing") {
+    api.rtlGetVersion = [=](OSVERSIONINFOEXW* version) {
       EXPECT_EQ(version->dwOSVersionInfoSize, 284U);
       *version = record;
-      return rtlResult;
+      return rtl == "works" ? 0 : static_cast<LONG>(0xC0000001);
     };
-    api.getVersionEx = [this](OSVERSIONINFOW* version) {
-      EXPECT_EQ(version->dwOSVersionInfoSize, 284U);
-      *reinterpret_cast<OSVERSIONINFOEXW*>(version) = record;
-      version->dwMinorVersion = 2;
-      return versionExResult;
-    };
-    api.getNativeSystemInfo = [this](SYSTEM_INFO* info) { *info = system; };
-    api.getSystemMetrics = [this](int index) { return index == SM_SERVERR2 ? serverR2 : 0; };
-    system.wProcessorArchitecture = PROCESSOR_ARCHITECTURE_AMD64;
-    system.dwProcessorType = PROCESSOR_AMD_X8664;
   }
-
-  // "family build", with "x64" behind it for such a processor.
-  std::string Query() const {
-    const auto known = WindowsFacts(api).QueryOperatingSystem();
-    return known ? Print("%u %u%s", known->family, known->build, known->x64Processor ? " x64" : "")
-                 : "";
-  }
-
-  OSVERSIONINFOEXW record{284, 6, 3, 9600, 2, L"", 0, 0, 0, VER_NT_WORKSTATION, 0};
-  LONG rtlResult = 0;
-  BOOL versionExResult = FALSE;
-  SYSTEM_INFO system{};
-  int serverR2 = 0;
-  SystemApi api;
-};
-
-TEST_F(OperatingSystemTest, GetVersionExStandsInForRtlGetVersion) {
-  EXPECT_EQ(Query(), "15 9600 x64");
-  record.wProductType = VER_NT_SERVER;
-  EXPECT_EQ(Query(), "16 9600 x64");
-  rtlResult = static_cast<LONG>(0xC0000001);
-  EXPECT_EQ(Query(), "");
-  versionExResult = TRUE;
-  EXPECT_EQ(Query(), "14 9600 x64");
-  api.rtlGetVersion = nullptr;
-  EXPECT_EQ(Query(), "14 9600 x64");
+  api.getVersionEx = [=](OSVERSIONINFOW* version) {
+    EXPECT_EQ(version->dwOSVersionInfoSize, 284U);
+    *reinterpret_cast<OSVERSIONINFOEXW*>(version) = record;
+    version->dwMinorVersion = 2;
+    return versionEx == "works" ? TRUE : FALSE;
+  };
+  api.getNativeSystemInfo = [=](SYSTEM_INFO* info) { *info = system; };
+  api.getSystemMetrics = [=](int index) { return index == SM_SERVERR2 ? serverR2 : 0; };
+  return api;
 }
 
-TEST_F(OperatingSystemTest, ProcessorTypeAndArchitectureAreApart) {
-  record.dwMajorVersion = 5;
-  record.dwMinorVersion = 2;
-  system.dwProcessorType = PROCESSOR_INTEL_PENTIUM;
-  EXPECT_EQ(Query(), "6 9600");
-  system.wProcessorArchitecture = PROCESSOR_ARCHITECTURE_INTEL;
-  system.dwProcessorType = PROCESSOR_AMD_X8664;
-  EXPECT_EQ(Query(), "7 9600 x64");
-  serverR2 = 1;
-  EXPECT_EQ(Query(), "8 9600 x64");
-}
-
-// The modern interface came with version 6.0; GetVersionEx has no say.
-TEST_F(OperatingSystemTest, ModernEventLogIsToldByRtlGetVersion) {
-  versionExResult = TRUE;
-  for (const DWORD major : {5, 6, 10}) {
-    record.dwMajorVersion = major;
-    EXPECT_EQ(WindowsFacts(api).HasModernEventLog(), major >= 6) << major;
-  }
-  rtlResult = -1;
-  EXPECT_FALSE(WindowsFacts(api).HasModernEventLog());
-  api.rtlGetVersion = nullptr;
-  EXPECT_FALSE(WindowsFacts(api).HasModernEventLog());
+TEST(SystemFactsWinTest, RecordedSystems) {
+  ExpectRecorded("operating_system", [](const std::string& words, const RecordedCase&) {
+    const WindowsFacts facts(SystemOf(words));
+    const auto known = facts.QueryOperatingSystem();
+    const char* const modern = facts.HasModernEventLog() ? " modern" : "";
+    return known ? Print("%u %u%s%s", known->family, known->build,
+                         known->x64Processor ? " x64" : "", modern)
+                 : std::string("unknown") + modern;
+  });
 }
 
 TEST(SystemFactsWinTest, NativeMachineIsTheSecondAnswer) {
@@ -112,67 +80,37 @@ TEST(SystemFactsWinTest, TheRunningSystemAnswers) {
             Print("%u.%u.%u.%u", kernel->major, kernel->minor, kernel->build, kernel->revision));
 }
 
-// A version resource: block header, key, so many bytes of a VS_FIXEDFILEINFO.
-std::string VersionResource(DWORD versionMs, DWORD versionLs, WORD valueLength = 52) {
-  const DWORD fixed[13] = {0xFEEF04BD, 0x10000, versionMs, versionLs, 0x00090009};
-  const WORD lengths[] = {static_cast<WORD>(40 + valueLength), valueLength, 0};
-  std::string resource(reinterpret_cast<const char*>(lengths), 6);
-  resource.append(reinterpret_cast<const char*>(L"VS_VERSION_INFO"), 32).append(2, '\0');
-  return resource.append(reinterpret_cast<const char*>(fixed), valueLength);
-}
-
-// A program file whose version resource each test puts in.
-class FileVersionTest : public testing::Test {
- protected:
-  FileVersionTest() {
-    wchar_t source[MAX_PATH];
-    GetModuleFileNameW(GetModuleHandleW(L"jansson.dll"), source, MAX_PATH);
-    std::filesystem::copy_file(source, path);
-  }
-
-  std::string Read() { return WindowsFacts(api).ReadFileVersion(path.c_str()); }
-  std::string ReadWith(std::string resource) {
+// Each in the same program file, whose library has none. Redirection is off for the reading.
+TEST(SystemFactsWinTest, RecordedFileVersions) {
+  const TestFolder folder;
+  const std::filesystem::path path = folder.Path() / "x.dll";
+  wchar_t library[MAX_PATH];
+  GetModuleFileNameW(GetModuleHandleW(L"jansson.dll"), library, MAX_PATH);
+  std::filesystem::copy_file(library, path);
+  NotedRedirection redirection;
+  SystemApi api;
+  api.redirection = redirection.api;
+  const WindowsFacts facts(api);
+  EXPECT_EQ(facts.ReadFileVersion(path.c_str()), "");
+  ExpectRecorded("file_version", [&](std::string resource, const RecordedCase&) {
     HANDLE update = BeginUpdateResourceW(path.c_str(), TRUE);
     EXPECT_TRUE(UpdateResourceW(update, RT_VERSION, MAKEINTRESOURCEW(1), 0, resource.data(),
                                 static_cast<DWORD>(resource.size())));
     EXPECT_TRUE(EndUpdateResourceW(update, FALSE));
-    return Read();
-  }
-
-  const TestFolder folder;
-  const std::filesystem::path path = folder.Path() / "x.dll";
-  SystemApi api;
-};
-
-TEST_F(FileVersionTest, HasFourUnsignedPartsMostSignificantFirst) {
-  EXPECT_EQ(Read(), "");  // no resource
-  EXPECT_EQ(ReadWith(VersionResource(0x000A0000, 0x585D1234)), "10.0.22621.4660");
-  EXPECT_EQ(WindowsFacts().ReadFileVersion(path.c_str()), "10.0.22621.4660");
-  EXPECT_EQ(ReadWith(VersionResource(0xFFFF0001, 0x80000000)), "65535.1.32768.0");
-  EXPECT_EQ(ReadWith(VersionResource(0x000A0000, 0x585D1234, 16)), "");  // cut
-}
-
-TEST_F(FileVersionTest, RedirectionIsOffForTheReading) {
-  std::string calls;
-  int old = 0;
-  BOOL answer = TRUE;
-  api.redirection.disable = [&](void** oldValue) {
-    calls += "disable ";
-    *oldValue = &old;
-    return answer;
-  };
-  api.redirection.revert = [&](void* oldValue) {
-    calls += oldValue == &old ? "revert " : "revert to something else ";
-    return TRUE;
-  };
-  EXPECT_EQ(ReadWith(VersionResource(0x00010002, 0x00030004)), "1.2.3.4");
-  EXPECT_EQ(WindowsFacts(api).ReadFileVersion(L"C:\\no such folder\\x.exe"), "");
-  EXPECT_EQ(calls, "disable revert disable revert ");
-  // Where it cannot be switched off, there is nothing to restore.
-  calls.clear();
-  answer = FALSE;
-  EXPECT_EQ(Read(), "1.2.3.4");
-  EXPECT_EQ(calls, "disable ");
+    redirection.calls.clear();
+    std::string version = facts.ReadFileVersion(path.c_str());
+    EXPECT_EQ(redirection.calls, "off on ");
+    EXPECT_EQ(WindowsFacts().ReadFileVersion(path.c_str()), version);
+    // Where it cannot be switched off, there is nothing to restore.
+    redirection.works = FALSE;
+    EXPECT_EQ(facts.ReadFileVersion(path.c_str()), version);
+    EXPECT_EQ(redirection.calls, "off on off ");
+    redirection.works = TRUE;
+    return version;
+  });
+  redirection.calls.clear();
+  EXPECT_EQ(facts.ReadFileVersion(L"C:\\no such folder\\x.exe"), "");
+  EXPECT_EQ(redirection.calls, "off on ");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "platform/policydb.h"
 #include "platform/svclink.h"
 #include "platform/tracelog.h"
+#include "tests/support/fake_svclink.h"
 
 namespace ostrell {
 namespace {
@@ -69,31 +70,23 @@ TEST(ClosedLibraries, MissingEntriesAreFailures) {
 
 // An object whose entries are null is not called.
 TEST(Svclink, ObjectWithoutOperationsIsNone) {
-  static SvclinkObject bare{};
-  const Svclink svclink(
-      {.queryKind = nullptr, .createObject = [](int32_t) { return &bare; }, .takeRecord = nullptr});
-  EXPECT_FALSE(svclink.OpenStream());
-  EXPECT_FALSE(svclink.OpenSignatureFile("patt.db"));
+  FakeSvclink library;
+  library.versions["patt.db"] = 5;
+  EXPECT_TRUE(library.Library().OpenSignatureFile("patt.db"));
+  library.hasNoOpen = true;
+  EXPECT_FALSE(library.Library().OpenStream());
+  EXPECT_FALSE(library.Library().OpenSignatureFile("patt.db"));
 }
 
 // A kind is told by the result 1 alone, a record by any that is not negative.
 TEST(Svclink, ResultsDecide) {
-  static int32_t result;
-  static SvclinkRecord record{};
-  const Svclink svclink({.queryKind =
-                             [](SvclinkObject*, uint32_t* kind, int32_t) {
-                               *kind = 7;
-                               return result;
-                             },
-                         .createObject = nullptr,
-                         .takeRecord =
-                             [](SvclinkObject*, SvclinkRecord** taken, int32_t) {
-                               *taken = &record;
-                               return result;
-                             }});
-  for (result = -1; result <= 2; ++result) {
-    EXPECT_EQ(svclink.KindOf(nullptr), result == 1 ? 7u : 0u);
-    EXPECT_EQ(static_cast<bool>(svclink.TakeRecord(nullptr)), result >= 0);
+  FakeSvclink library;
+  const Svclink svclink = library.Library();
+  const auto stream = svclink.OpenStream();
+  for (int32_t result = -1; result <= 2; ++result) {
+    library.queryResult = library.takeResult = result;
+    EXPECT_EQ(svclink.KindOf(stream.Get()), result == 1 ? library.kind : 0u);
+    EXPECT_EQ(static_cast<bool>(svclink.TakeRecord(stream.Get())), result >= 0);
   }
 }
 

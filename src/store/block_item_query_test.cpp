@@ -1,12 +1,10 @@
 #include "store/block_item_query.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 #include "store/record_store.h"
 #include "store/schema.h"
-#include "tests/support/recorded_cases.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
@@ -45,19 +43,10 @@ class BlockItemQueryTest : public testing::Test {
 TEST_F(BlockItemQueryTest, RecordedCases) {
   ASSERT_EQ(Insert("IsN", {std::numeric_limits<int64_t>::max(), "[1]xx", 3}), 1);
   ASSERT_EQ(Insert("ibs", {5, blob, 2, "name", -1}), 1);
-  for (const RecordedCase& recorded : CasesOf("block_item_query")) {
-    const auto expected = recorded.All("expect");
-    const auto rows = recorded.All("rows");
-    for (size_t i = 0; const std::string& input : recorded.All("input")) {
-      SCOPED_TRACE(recorded.Name() + ": " + input);
-      if (!expected.empty()) {
-        EXPECT_EQ(Compose(input), expected.size() == 1 ? expected[0] : expected.at(i));
-      } else {
-        EXPECT_EQ(CompactText(FetchBlockItems(database, Parse(input).Get())), rows.at(i));
-      }
-      ++i;
-    }
-  }
+  ExpectRecorded("block_item_query", [&](const std::string& input, const RecordedCase& recorded) {
+    return recorded.Name() == "rows" ? CompactText(FetchBlockItems(database, Parse(input).Get()))
+                                     : Compose(input);
+  });
   CloseRecordStore(database);
   EXPECT_FALSE(FetchBlockItems(database, Parse("{}").Get()));
 }
@@ -67,20 +56,6 @@ TEST_F(BlockItemQueryTest, WhatDoesNotBind) {
   EXPECT_EQ(Insert("ib", {5, blob, -1}), 0);
   EXPECT_EQ(Insert("Ix", {int64_t{5}}), 0);
   EXPECT_EQ(Insert("I", {}), 0);
-}
-
-TEST_F(BlockItemQueryTest, TextIsBoundedAndOrderIsCut) {
-  const auto condition = [](size_t length) {  // 53 bytes and the column's name
-    return R"({"c":[{"c":"=","v":1,"n":")" + std::string(length, 'x') + R"("}]})";
-  };
-  EXPECT_EQ(Compose(condition(4042)).size(), 4095 + 3);
-  EXPECT_EQ(Compose(condition(4043)), "nothing");
-  const std::string column(1020, 'x');
-  const std::string start = "SELECT id, ts, detail FROM BlockItemLog ORDER BY ";
-  EXPECT_EQ(Compose(R"({"o":[{"n":"a","t":"ASC"},{"t":"DESC","n":")" + column + R"("}]})"),
-            start + "a ASC, " + column + " []");
-  EXPECT_EQ(Compose(R"({"o":{"t":"DESC","n":")" + column + R"("},"p":{"s":1,"c":0}})"),
-            start + column + " DE LIMIT 0, 1 []");
 }
 
 }  // namespace

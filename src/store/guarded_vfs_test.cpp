@@ -12,6 +12,7 @@
 
 #include "store/record_store.h"
 #include "store/schema.h"
+#include "store/statement.h"
 #include "tests/support/recorded_cases.h"
 
 namespace ostrell {
@@ -20,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-constexpr char kOneRow[] = R"([{"id":1,"ts":5,"detail":[]}])";
+constexpr char kOneRow[] = R"([{"id":1,"ts":5,"detail":[]}] 1)";
 
 // Long enough for a look at the clock.
 constexpr char kLongQuery[] =
@@ -64,7 +65,7 @@ class GuardedVfsTest : public testing::Test {
       return systemVfs->xAccess(systemVfs, name, flags, result);
     };
     ASSERT_EQ(sqlite3_vfs_register(&watching, 1), SQLITE_OK);
-    ASSERT_EQ(Open(), "");
+    ASSERT_EQ(Open(), " 1");
     ASSERT_EQ(Execute("INSERT INTO BlockItemLog(ts,detail) VALUES(5,'[]')"), SQLITE_OK);
     asked.clear();
   }
@@ -74,11 +75,11 @@ class GuardedVfsTest : public testing::Test {
     fs::remove_all(folder);
   }
 
-  // The rows.
+  // The rows, and whether they have their schema.
   std::string Open(MonotonicClock clock = SteadyMilliseconds) {
     EXPECT_EQ(OpenRecordStore(path.c_str(), store, 1, clock), 1);
-    schema = EnsureSchema(store.Get());
-    return CompactText(FetchBlockItems(store, nullptr));
+    const int schema = EnsureSchema(store.Get());
+    return CompactText(FetchBlockItems(store, nullptr)) + " " + std::to_string(schema);
   }
 
   int Execute(const char* sql) { return sqlite3_exec(store.Get(), sql, nullptr, nullptr, nullptr); }
@@ -94,7 +95,6 @@ class GuardedVfsTest : public testing::Test {
   const std::string path = reinterpret_cast<const char*>(file.u8string().c_str());
   sqlite3_vfs watching = *(systemVfs = sqlite3_vfs_find(nullptr));
   Connection store;
-  int schema = 0;
 };
 
 // SQLite deletes the file that a journal names as the one which lists all journals of a
@@ -108,8 +108,7 @@ TEST_F(GuardedVfsTest, JournalThatNamesAnotherFile) {
     const fs::path journal = fs::path(file) += "-journal";
     std::ofstream(journal, std::ios::binary) << content;
     asked.clear();
-    EXPECT_EQ(Open(), "") << recorded.Name();
-    EXPECT_EQ(schema, 0);
+    EXPECT_EQ(Open(), " 0") << recorded.Name();
     CloseRecordStore(store);
     EXPECT_EQ(asked, (Names{"items.db", "items.db-journal"}));
     ASSERT_EQ(fs::file_size(journal), content.size());
@@ -162,7 +161,7 @@ TEST_F(GuardedVfsTest, DamagedFileAloneIsDeletedAndReplaced) {
   CloseRecordStore(store);
   ASSERT_TRUE(std::ofstream(file, std::ios::binary) << std::string(5000, 'x') << std::flush);
   deleted.clear();
-  EXPECT_EQ(Open(), "");
+  EXPECT_EQ(Open(), " 1");
   // The journal is that of the new one, which becomes a database for write-ahead logging.
   EXPECT_EQ(deleted, (std::vector<std::string>{"items.db", "items.db-journal"}));
   EXPECT_EQ(fs::file_size(file) % 4096, 0);
@@ -176,8 +175,7 @@ TEST_F(GuardedVfsTest, WaitsAMinuteForAWriter) {
   slept = 0;
   EXPECT_EQ(OpenRecordStore(path.c_str(), store), 1);
   EXPECT_EQ(slept, 60000);
-  EXPECT_EQ(Open(), "");
-  EXPECT_EQ(schema, 0);
+  EXPECT_EQ(Open(), " 0");
   CloseRecordStore(other);
   EXPECT_EQ(Open(), kOneRow);
 }
@@ -210,21 +208,41 @@ TEST_F(GuardedVfsTest, CheckThatTakesTooLongLeavesEverything) {
   const auto openLater = [&](int64_t time) {
     now = 0;
     later = time;
-    const std::string found = Open(ClockThatJumps);
-    return found + " " + std::to_string(schema);
+    return Open(ClockThatJumps);
   };
-  const std::string rows = kOneRow;
-  EXPECT_EQ(openLater(60000), rows + " 1");
+  EXPECT_EQ(openLater(60000), kOneRow);
   EXPECT_EQ(Execute("DELETE FROM BlockItemLog"), SQLITE_READONLY);
-  EXPECT_EQ(openLater(59999), rows + " 1");
+  EXPECT_EQ(openLater(59999), kOneRow);
   EXPECT_EQ(ExecuteAt(later = 59999 + 59999, kLongQuery), SQLITE_OK);
   EXPECT_EQ(ExecuteAt(later = 59999 + 60000, kLongQuery), SQLITE_INTERRUPT);
-  EXPECT_EQ(openLater(59999), rows + " 1");
+  EXPECT_EQ(openLater(59999), kOneRow);
   EXPECT_EQ(Execute("DROP INDEX idx_BlockItemLog_ts_group_item"), SQLITE_OK);
-  EXPECT_EQ(openLater(60000), rows + " 0");
+  EXPECT_EQ(openLater(60000), R"([{"id":1,"ts":5,"detail":[]}] 0)");
   EXPECT_EQ(openLater(59999), " 1");
   EXPECT_EQ(Execute("DROP TABLE BlockItemLog"), SQLITE_OK);
   EXPECT_EQ(openLater(60000), " 0");
+}
+
+// What the documents promise of an open connection, as SQLite tells it.
+TEST_F(GuardedVfsTest, LimitsAndSwitches) {
+  for (const auto& [limit, value] :
+       {std::pair(SQLITE_LIMIT_LENGTH, 16777216), std::pair(SQLITE_LIMIT_SQL_LENGTH, 1048576),
+        std::pair(SQLITE_LIMIT_VDBE_OP, 100000), std::pair(SQLITE_LIMIT_ATTACHED, 0),
+        std::pair(SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 250), std::pair(SQLITE_LIMIT_TRIGGER_DEPTH, 0),
+        std::pair(SQLITE_LIMIT_WORKER_THREADS, 0)}) {
+    EXPECT_EQ(sqlite3_limit(store.Get(), limit, -1), value) << limit;
+  }
+  for (const auto& [part, value] :
+       {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1), std::pair(SQLITE_DBCONFIG_ENABLE_TRIGGER, 0),
+        std::pair(SQLITE_DBCONFIG_ENABLE_VIEW, 0)}) {
+    int isOn = -1;
+    EXPECT_EQ(sqlite3_db_config(store.Get(), part, -1, &isOn), SQLITE_OK);
+    EXPECT_EQ(isOn, value) << part;
+  }
+  const Statement check = Prepare(store.Get(), "PRAGMA cell_size_check");
+  ASSERT_EQ(sqlite3_step(check.Get()), SQLITE_ROW);
+  EXPECT_EQ(sqlite3_column_int(check.Get(), 0), 1);
+  EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 67108864);
 }
 
 }  // namespace

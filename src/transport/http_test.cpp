@@ -1,21 +1,14 @@
 #include "transport/http.h"
 
-#include <gtest/gtest.h>
-
-#include "tests/support/recorded_cases.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
 
 TEST(HttpUrl, RecordedCases) {
-  for (const RecordedCase& recorded : CasesOf("http_url")) {
-    for (const std::string& url : recorded.All("http")) {
-      EXPECT_TRUE(IsHttpUrl(url.c_str())) << url;
-    }
-    for (const std::string& url : recorded.All("other")) {
-      EXPECT_FALSE(IsHttpUrl(url.c_str())) << url;
-    }
-  }
+  ExpectRecorded("http_url", [](const std::string& url, const auto&) {
+    return IsHttpUrl(url.c_str()) ? "yes" : "no";
+  });
 }
 
 // Other schemes are refused by the transfer itself too, whoever hands the URL over. At the last one

@@ -1,9 +1,7 @@
 #include "transport/upload_ticket.h"
 
-#include <gtest/gtest.h>
-
 #include "base/bytes.h"
-#include "tests/support/recorded_cases.h"
+#include "tests/support/expect_recorded.h"
 
 namespace ostrell {
 namespace {
@@ -16,36 +14,26 @@ std::optional<UploadTicket> Read(std::string_view answer) {
   return ReadUploadTicket(chain);
 }
 
+TEST(UploadTicket, RecordedCases) {
+  ExpectRecorded("upload_ticket", [](const std::string& answer, const auto&) {
+    const auto ticket = Read(answer);
+    std::string text = ticket ? ticket->url : "no ticket";
+    for (const std::string& line : ticket.value_or(UploadTicket()).headerLines) {
+      text += "|" + line;
+    }
+    return text;
+  });
+}
+
 // An answer of so many elements whose one header line is all commas, which are none.
-std::string AnswerOf(size_t elements) {
-  std::string answer = R"({"url":"http://h/","header":[")" + std::string(200000, ',');
-  answer += R"("],"n":[0)";
-  for (size_t i = 5; i < elements; ++i) {
+TEST(UploadTicket, ElementsAreBoundedNotBytes) {
+  const std::string line(200000, ',');
+  std::string answer = R"({"url":"http://h/","header":[")" + line + R"("],"n":[0)";
+  for (size_t elements = 5; elements < 16384; ++elements) {
     answer += ",0";
   }
-  return answer + "]}";
-}
-
-// A case without a URL is of answers that are no tickets.
-TEST(UploadTicket, RecordedCases) {
-  for (const RecordedCase& recorded : CasesOf("upload_ticket")) {
-    for (const std::string& answer : recorded.All("input")) {
-      SCOPED_TRACE(recorded.Name() + ": " + answer);
-      const auto ticket = Read(answer);
-      ASSERT_EQ(ticket.has_value(), recorded.Has("url"));
-      if (ticket) {
-        EXPECT_EQ(ticket->url, recorded["url"]);
-        EXPECT_EQ(ticket->headerLines, recorded.All("line"));
-      }
-    }
-  }
-}
-
-TEST(UploadTicket, ElementsAreBoundedNotBytes) {
-  const auto ticket = Read(AnswerOf(16384));
-  ASSERT_TRUE(ticket);
-  EXPECT_EQ(ticket->headerLines.front().size(), 200000u);
-  EXPECT_FALSE(Read(AnswerOf(16385)));
+  EXPECT_EQ(Read(answer + "]}").value().headerLines, std::vector{line});
+  EXPECT_FALSE(Read(answer + ",0]}"));
 }
 
 }  // namespace

@@ -3,14 +3,16 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "base/print.h"
 #include "tests/support/fake_run.h"
 #include "tests/support/server_record.h"
-#include "transport/pack_body.h"
 
 namespace ostrell {
 
@@ -29,6 +31,7 @@ class JobRun : public FakeRun {
   ~JobRun() {
     EXPECT_EQ(policydb.live, 0);
     EXPECT_EQ(svclink.live, 0);
+    EXPECT_TRUE(policydb.dataPath.empty() || policydb.dataPath == paths.data.utf8.View());
   }
   JobRun(const JobRun&) = delete;
   JobRun& operator=(const JobRun&) = delete;
@@ -36,20 +39,39 @@ class JobRun : public FakeRun {
   int64_t& Last(const char* key) { return store.times[key]; }
   const Times& Recorded() const { return store.written; }
 
-  // What the server received: a GET as report, query without the identity, which is checked, and
-  // status, "rc4 v=5&o=DIGEST 200"; a PUT, whose body is checked against its digest, as "PUT 200".
+  // What the server received: a GET as report, query and status, "rc4 v=5&o 200", without the
+  // digest behind "o" and without the identity, which is checked; a PUT as "PUT 200" and its
+  // unpacked body, which is checked against that digest.
   Steps Received() const {
     Steps steps;
-    auto requests = RequestsWith("regid", clientId);
-    for (ReceivedRequest& request : requests) {
+    for (ReceivedRequest& request : RequestsWith("regid", clientId, firstNumber)) {
       const bool isPut = request["method"] == "PUT";
       EXPECT_EQ(request["digest"], isPut ? "ok" : "");
-      steps.push_back((isPut ? "PUT" : Asked(request["target"])) + " " + request["status"]);
+      steps.push_back((isPut ? "PUT" : Asked(request["target"])) + " " + request["status"] +
+                      (isPut ? " " + Readable(BodyOf(request)) : ""));
     }
     return steps;
   }
 
+  // Characters that are repeated 32 times or more as "x{32}", and other than printable ASCII and
+  // UTF-8 as "\xHH".
+  static std::string Readable(std::string_view bytes) {
+    std::string text;
+    for (size_t at = 0; at < bytes.size();) {
+      const auto character = static_cast<unsigned char>(bytes[at]);
+      const size_t end = std::min(bytes.find_first_not_of(bytes[at], at), bytes.size());
+      const size_t count = end - at >= 32 ? end - at : 1;
+      text += character < 0x20 || character == 0x7F ? Print("\\x%02x", unsigned{character})
+                                                    : std::string(1, bytes[at]);
+      text += count > 1 ? "{" + std::to_string(count) + "}" : "";
+      at += count;
+    }
+    return text;
+  }
+
  private:
+  const std::string firstNumber = LastNumber();
+
   std::string Asked(const std::string& target) const {
     const size_t report = target.find("/rc") + 1;
     std::string query = target.substr(report + 8) + "&";  // behind ".php?"
@@ -58,7 +80,11 @@ class JobRun : public FakeRun {
       EXPECT_NE(at, std::string::npos) << target;
       query.erase(at, part.size());
     }
-    return target.substr(report, 3) + " " + query.substr(0, query.size() - 1);
+    query.pop_back();
+    if (const size_t digest = query.rfind("o="); digest == query.size() - 34) {
+      query.resize(digest + 1);
+    }
+    return target.substr(report, 3) + " " + query;
   }
 };
 
@@ -86,18 +112,5 @@ struct PopupDatabase {
   const std::filesystem::path folder = std::filesystem::temp_directory_path() / FreshToken();
   const std::string path = (folder / "adblkuser.db").string();
 };
-
-// A ticket request for that body: `ask` is the report and its query.
-inline std::string TicketFor(const std::string& ask, const std::string& body) {
-  ByteChain packed;
-  std::string digest;
-  EXPECT_EQ(PackBody(packed, &digest, body.data(), static_cast<uint32_t>(body.size())), 1);
-  return ask + "o=" + digest + " 200";
-}
-
-// The steps of an upload that arrives.
-inline Steps Upload(const std::string& ask, const std::string& body) {
-  return {TicketFor(ask, body), "PUT 200"};
-}
 
 }  // namespace ostrell

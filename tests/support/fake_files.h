@@ -31,10 +31,7 @@ struct FakeFiles : Files {
 
   static constexpr uint64_t kUntold = ~uint64_t{0};
 
-  // Beside the program.
-  Entry& Beside(const std::wstring& name) { return entries[L"C:\\Corvane\\bin\\" + name]; }
-  Entry& Above(const std::wstring& name) { return entries[L"C:\\Corvane\\" + name]; }
-  bool Has(const std::wstring& path) const { return entries.contains(Full(path)); }
+  Entry& At(const std::wstring& path) { return entries[Full(path)]; }
 
   std::optional<std::wstring> ProgramPath() const override { return program; }
 

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "env/run.h"
 #include "eventlog/apis.h"
+#include "tests/support/fake_event_log.h"
 #include "tests/support/fake_files.h"
 #include "tests/support/fake_machine.h"
 #include "tests/support/fake_policydb.h"
@@ -63,9 +64,10 @@ class FakeRun {
   FakeRegistry registry;
   FakeFacts facts;
   FakeClock clock{kNow};
-  eventlog::EventLogApis eventLog{.modern = NoModern, .classic = NoClassic, .clock = [] {
-                                    return std::chrono::steady_clock::time_point();
-                                  }};
+  FakeEventLog events;
+  eventlog::EventLogApis eventLog{.modern = FakeEventLog::Modern,
+                                  .classic = FakeEventLog::Classic,
+                                  .clock = [] { return std::chrono::steady_clock::time_point(); }};
 
   // What was logged: "operation text".
   std::vector<std::string> messages;
@@ -77,32 +79,6 @@ class FakeRun {
     const char* const odd = line > 0 && level == 1 ? "" : "odd line or level ";
     current->messages.push_back(odd + std::string(operation) + " " + Utf8FromWide(text));
   }
-  // Every call fails.
-  static const eventlog::EvtApi& NoModern() {
-    static const eventlog::EvtApi api = {
-        .openSession = [](uint32_t, void*, uint32_t, uint32_t) -> void* { return nullptr; },
-        .query = [](void*, const wchar_t*, const wchar_t*, uint32_t) -> void* { return nullptr; },
-        .next = [](void*, uint32_t, void**, uint32_t, uint32_t, uint32_t*) { return false; },
-        .render = [](void*, void*, uint32_t, uint32_t, void*, uint32_t*,
-                     uint32_t*) { return false; },
-        .close = [](void*) { return true; },
-        .openChannelEnum = [](void*, uint32_t) -> void* { return nullptr; },
-        .nextChannelPath = [](void*, uint32_t, wchar_t*, uint32_t*) { return false; },
-        .lastError = [] { return uint32_t{6}; },
-        .errorText = [](uint32_t) { return std::wstring(); }};
-    return api;
-  }
-  static const eventlog::ClassicEventLogApi& NoClassic() {
-    static const eventlog::ClassicEventLogApi api = {
-        .open = [](const wchar_t*, const wchar_t*) -> void* { return nullptr; },
-        .read = [](void*, uint32_t, uint32_t, void*, uint32_t, uint32_t*,
-                   uint32_t*) { return false; },
-        .close = [](void*) { return true; },
-        .lastError = [] { return uint32_t{6}; },
-        .errorText = [](uint32_t) { return std::wstring(); }};
-    return api;
-  }
-
   PolicyDb policydbLibrary = policydb.Library();
   Svclink svclinkLibrary = svclink.Library();
   TraceLog traceLog{TraceLogEntries{.write = Log}};

@@ -11,10 +11,12 @@
 namespace ostrell {
 
 // For tests: a settings store in memory that notes what is asked of it. Keys are UTF-8. A value is
-// found under its own width only.
+// found under its own width only; where there is none, the store leaves a number behind all the
+// same.
 struct FakeSettingsStore : SettingsStore {
   std::map<std::string, int32_t> numbers;
   std::map<std::string, int64_t> times;
+  int32_t yes = 1;  // the result when a value is found
   int32_t writeResult = 1;
 
   std::vector<std::string> readKeys;  // of 64-bit readings, in their order
@@ -40,13 +42,10 @@ struct FakeSettingsStore : SettingsStore {
 
  private:
   template <class Values, class Number>
-  static int32_t Find(const Values& values, const char* key, Number* value) {
+  int32_t Find(const Values& values, const char* key, Number* value) const {
     const auto found = values.find(key);
-    if (found == values.end()) {
-      return 0;
-    }
-    *value = found->second;
-    return 1;
+    *value = found != values.end() ? found->second : 7;
+    return found != values.end() ? yes : 0;
   }
 };
 

@@ -41,15 +41,6 @@ std::string WithoutEscapes(std::string_view text) {
   return result;
 }
 
-std::string BytesOfHex(std::string text) {
-  std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
-  std::string bytes;
-  for (size_t at = 0; at < text.size(); at += 2) {
-    bytes += HexByte(std::string_view(text).substr(at));
-  }
-  return bytes;
-}
-
 std::string_view Trimmed(std::string_view text) {
   const size_t begin = std::min(text.find_first_not_of(' '), text.size());
   return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
@@ -72,7 +63,7 @@ RecordedCase::RecordedCase(const std::string& path)
     }
     const size_t colon = line.find(':');
     if (colon == std::string::npos || line[0] == ' ') {
-      throw std::runtime_error(path + ": no field: " + line);
+      throw std::runtime_error(std::string(path).append(": no field: ").append(line));
     }
     std::string field = line.substr(0, colon);
     std::string value(Trimmed(std::string_view(line).substr(colon + 1)));
@@ -115,6 +106,15 @@ int64_t RecordedCase::Number(const std::string& field) const {
     throw std::runtime_error(name + ": no number: " + text);
   }
   return number;
+}
+
+std::string BytesOfHex(std::string digits) {
+  std::erase_if(digits, [](char c) { return c == ' ' || c == '\n'; });
+  std::string bytes;
+  for (size_t at = 0; at < digits.size(); at += 2) {
+    bytes += HexByte(std::string_view(digits).substr(at));
+  }
+  return bytes;
 }
 
 std::vector<RecordedCase> CasesOf(const std::string& reader) {

@@ -40,6 +40,9 @@ class RecordedCase {
   std::map<std::string, std::vector<std::string>> fields;
 };
 
+// Bytes from pairs of hexadecimal digits; blanks and line ends between them do not count.
+std::string BytesOfHex(std::string digits);
+
 // All cases of a reader, by name; throws when there is none.
 std::vector<RecordedCase> CasesOf(const std::string& reader);
 

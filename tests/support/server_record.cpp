@@ -40,6 +40,18 @@ ReceivedRequest RequestOf(json_t* line) {
   return request;
 }
 
+std::string TextAt(const std::string& path) {
+  std::string text;
+  const auto append = [&text](std::span<const std::byte> block) {
+    text.append(reinterpret_cast<const char*>(block.data()), block.size());
+    return true;
+  };
+  HttpGet((TestServerUrl() + path).c_str(), append, nullptr);
+  return text;
+}
+
+std::string lastNumber = "0";
+
 }  // namespace
 
 std::string TestServerUrl() {
@@ -63,25 +75,30 @@ std::string ReportUrlOf(std::string_view report, std::string_view token, std::st
   return url.append("/v8/").append(report).append(".php?u=U&regid=").append(token);
 }
 
-std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value) {
-  std::string text;
-  const auto append = [&text](std::span<const std::byte> block) {
-    text.append(reinterpret_cast<const char*>(block.data()), block.size());
-    return true;
-  };
-  HttpGet((TestServerUrl() + "/requests").c_str(), append, nullptr);
+std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value,
+                                          const std::string& after) {
+  const std::string text = TextAt("/requests?after=" + after);
   const JsonOwner record(json_loadb(text.data(), text.size(), 0, nullptr));
   if (!json_is_array(record.Get())) {
     throw std::runtime_error("the report server does not give its record");
   }
   std::vector<ReceivedRequest> requests;
-  for (size_t i = 0; i < json_array_size(record.Get()); ++i) {
-    ReceivedRequest request = RequestOf(json_array_get(record.Get(), i));
+  for (json_t* const line : Elements(record.Get())) {
+    ReceivedRequest request = RequestOf(line);
+    lastNumber = request["number"];
     if (request["query." + std::string(queryName)] == value) {
       requests.push_back(std::move(request));
     }
   }
   return requests;
+}
+
+const std::string& LastNumber() {
+  return lastNumber;
+}
+
+std::string BodyOf(const ReceivedRequest& request) {
+  return TextAt("/bodies/" + request.at("number"));
 }
 
 std::string StepsOf(std::vector<ReceivedRequest> requests) {

@@ -4,10 +4,10 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "base/redirection_win.h"
 
 namespace ostrell {
 
@@ -28,10 +28,6 @@ class TestFolder {
   TestFolder& operator=(TestFolder&&) = delete;
 
   const std::filesystem::path& Path() const { return path; }
-  std::string Utf8(const char* name) const {
-    const std::u8string text = (path / name).u8string();
-    return {text.begin(), text.end()};
-  }
 
   void Write(const char* name, std::string_view text) const {
     std::filesystem::create_directories((path / name).parent_path());
@@ -43,13 +39,19 @@ class TestFolder {
                                      (L"ostrell-\u00e4-" + std::to_wstring(GetCurrentProcessId()));
 };
 
-// The content of a file; nothing when it is missing.
-inline std::optional<std::string> ContentOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    return std::nullopt;
-  }
-  return std::string(std::istreambuf_iterator<char>(file), {});
-}
+// For tests: redirection of the file system that notes when it is switched, as "off " and "on ".
+struct NotedRedirection {
+  std::string calls;
+  BOOL works = TRUE;
+  RedirectionApi api{[this](void** before) {
+                       calls += "off ";
+                       *before = &calls;
+                       return works;
+                     },
+                     [this](void* before) {
+                       calls += before == &calls ? "on " : "on from elsewhere ";
+                       return TRUE;
+                     }};
+};
 
 }  // namespace ostrell
