@@ -2,8 +2,8 @@
 //
 // Makes the pop-up block database where it is missing, with entries of the last days; says "ready"
 // and logs one more entry every 5 ms, as the blocker does while the agent reads. Ends with 0 once
-// there is a file DATABASE.stop, which it deletes, or after a minute; with "once" right after
-// "ready". Ends with 1, and a line that says why, when the database cannot be written.
+// there is a file DATABASE.stop, which it deletes, or after a minute; with "once" after
+// the first of these. Ends with 1, and a line that says why, when the database cannot be written.
 #include <windows.h>
 
 #include <chrono>
@@ -106,14 +106,17 @@ class BlockLog {
   bool isSound = false;
 };
 
+bool LogLiveEntry(BlockLog& log, int count) {
+  const std::string item = Print("live %d", count);
+  return log.Log(Now(), Print(R"({"product_name":"popblock","gname":"live","iname":"%s"})", item),
+                 item);
+}
+
 bool LogUntilStopped(BlockLog& log, const wchar_t* stopFile) {
   constexpr DWORD kPause = 5;  // milliseconds
   const int64_t end = Now() + kMinute;
   for (int count = 1; Now() < end && !DeleteFileW(stopFile); ++count) {
-    const std::string item = Print("live %d", count);
-    const std::string detail =
-        Print(R"({"product_name":"popblock","gname":"live","iname":"%s"})", item);
-    if (!log.Log(Now(), detail, item)) {
+    if (!LogLiveEntry(log, count)) {
       return false;
     }
     Sleep(kPause);
@@ -135,7 +138,8 @@ int Block(const wchar_t* path, bool isOnce) {
   }
   std::puts("ready");
   std::fflush(stdout);
-  return isOnce || LogUntilStopped(log, stopFile.c_str()) ? 0 : Fail(log);
+  const bool isLogged = isOnce ? LogLiveEntry(log, 1) : LogUntilStopped(log, stopFile.c_str());
+  return isLogged ? 0 : Fail(log);
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ TEST(Svclink, ObjectWithoutOperationsIsNone) {
   FakeSvclink library;
   library.versions["patt.db"] = 5;
   EXPECT_TRUE(library.Library().OpenSignatureFile("patt.db"));
-  library.hasNoOpen = true;
+  library.odd["hasNoOpen"] = 1;
   EXPECT_FALSE(library.Library().OpenStream());
   EXPECT_FALSE(library.Library().OpenSignatureFile("patt.db"));
 }
@@ -84,8 +84,8 @@ TEST(Svclink, ResultsDecide) {
   const Svclink svclink = library.Library();
   const auto stream = svclink.OpenStream();
   for (int32_t result = -1; result <= 2; ++result) {
-    library.queryResult = library.takeResult = result;
-    EXPECT_EQ(svclink.KindOf(stream.Get()), result == 1 ? library.kind : 0u);
+    library.odd = {{"queryResult", result}, {"takeResult", result}};
+    EXPECT_EQ(svclink.KindOf(stream.Get()), result == 1 ? 0x20FFFFu : 0u);
     EXPECT_EQ(static_cast<bool>(svclink.TakeRecord(stream.Get())), result >= 0);
   }
 }

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -86,31 +84,6 @@ class JobRun : public FakeRun {
     }
     return target.substr(report, 3) + " " + query;
   }
-};
-
-// A folder of its own for the product's pop-up block database, which is not made yet.
-struct PopupDatabase {
-  PopupDatabase() { std::filesystem::create_directory(folder); }
-  ~PopupDatabase() { std::filesystem::remove_all(folder); }
-  PopupDatabase(const PopupDatabase&) = delete;
-  PopupDatabase& operator=(const PopupDatabase&) = delete;
-
-  // Makes it with these rows: "(TIME,'DETAIL'),...".
-  void Fill(const std::string& rows) const {
-    constexpr auto kSchema =
-        "CREATE TABLE BlockItemLog(id INTEGER PRIMARY KEY AUTOINCREMENT, ts INTEGER, detail "
-        "TEXT,iname Text);"
-        "CREATE INDEX idx_BlockItemLog_ts_group_item ON BlockItemLog(ts);"
-        "INSERT INTO BlockItemLog(ts,detail) VALUES";
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, (kSchema + rows).c_str(), nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
-  }
-
-  const std::filesystem::path folder = std::filesystem::temp_directory_path() / FreshToken();
-  const std::string path = (folder / "adblkuser.db").string();
 };
 
 }  // namespace ostrell

@@ -1,9 +1,11 @@
 #include "tests/jobs/recorded_machine.h"
 
+#include <sqlite3.h>
+
 #include <array>
 #include <ctime>
+#include <filesystem>
 #include <map>
-#include <optional>
 #include <stdexcept>
 
 #include "app/report_driver.h"
@@ -48,8 +50,8 @@ std::string LocalTime(std::time_t seconds, std::string_view form) {
 
 std::string ContentOf(const json_t* value) {
   std::string content;
-  if (json_is_string(value)) {
-    return TextOf(value);
+  if (!json_is_object(value) && !json_is_array(value)) {
+    return json_is_string(value) ? TextOf(value) : "";
   }
   for (const json_t* const piece : Elements(value)) {
     content += ContentOf(piece);
@@ -60,8 +62,9 @@ std::string ContentOf(const json_t* value) {
   if (const auto seconds = Integer64Member(value, "local")) {
     return LocalTime(*seconds, TextMember(value, "form").value_or("%Y-%m-%d %H:%M:%S"));
   }
+  const std::string repeated = ContentOf(json_object_get(value, "text"));
   for (int64_t i = Integer64Member(value, "times").value_or(0); i > 0; --i) {
-    content += ContentOf(json_object_get(value, "text"));
+    content += repeated;
   }
   return content;
 }
@@ -123,10 +126,15 @@ class Machine : public JobRun {
       files.program = json_is_null(program) ? std::nullopt : std::optional(WideOf(TextOf(program)));
     }
     if (const json_t* const rows = json_object_get(described, "popups")) {
-      database.emplace();
       AddPopups(rows);
     }
   }
+  ~Machine() { std::filesystem::remove_all(popups.parent_path()); }
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  const std::filesystem::path popups =
+      std::filesystem::temp_directory_path() / FreshToken() / "adblkuser.db";
 
  private:
   void AddSettings() {
@@ -156,13 +164,9 @@ class Machine : public JobRun {
       policydb.held[std::stoi(id)] = ContentOf(content);
     });
     policydb.restoreResult = static_cast<int32_t>(NumberOf(described, "restore", 1));
-    const json_t* const faults = json_object_get(described, "svclink");
-    svclink.createsNothing = IsTrue(faults, "createsNothing");
-    svclink.hasNoSize = IsTrue(faults, "hasNoSize");
-    svclink.hasNoRead = IsTrue(faults, "hasNoRead");
-    svclink.openResult = static_cast<int32_t>(NumberOf(faults, "openResult"));
-    svclink.sizeMore = NumberOf(faults, "sizeMore");
-    svclink.readLess = static_cast<int32_t>(NumberOf(faults, "readLess"));
+    ForEach(described, "svclink", [this](const std::string& name, const json_t* value) {
+      svclink.odd[name] = json_integer_value(value);
+    });
     ForEach(described, "signatures", [this](const std::string& path, const json_t* version) {
       svclink.versions[path] = json_integer_value(version);
     });
@@ -220,18 +224,30 @@ class Machine : public JobRun {
     });
   }
 
+  // The database has a folder of its own, which is there unless `popups` is no list.
   void AddPopups(const json_t* list) {
-    std::string rows;
-    for (const json_t* const row : Elements(list)) {
-      rows += Print("%s(%lld,'%s')", rows.empty() ? "" : ",",
-                    json_integer_value(json_array_get(row, 0)), DocumentOf(json_array_get(row, 1)));
+    paths.databases[24] = PathText(popups.string());
+    if (json_is_array(list)) {
+      std::filesystem::create_directory(popups.parent_path());
     }
-    database->Fill(rows);
-    paths.databases[24] = PathText(database->path);
+    if (json_array_size(list) == 0) {
+      return;
+    }
+    std::string sql =
+        "CREATE TABLE BlockItemLog(id INTEGER PRIMARY KEY AUTOINCREMENT, ts INTEGER, detail "
+        "TEXT,iname Text);"
+        "CREATE INDEX idx_BlockItemLog_ts_group_item ON BlockItemLog(ts);";
+    for (const json_t* const row : Elements(list)) {
+      sql += Print("INSERT INTO BlockItemLog(ts,detail) VALUES(%lld,'%s');",
+                   json_integer_value(json_array_get(row, 0)), DocumentOf(json_array_get(row, 1)));
+    }
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(popups.string().c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
   }
 
   const json_t* const described;
-  std::optional<PopupDatabase> database;
 };
 
 // What each operation returns as text; nothing where it returns nothing.
@@ -320,6 +336,8 @@ Steps OutcomeOf(const Machine& machine, const json_t* described, const std::stri
     } else if (name == "files") {
       Append(lines, "file ", machine.files.entries,
              [](const auto& entry) { return Utf8FromWide(entry.first); });
+    } else if (name == "pop-up database") {
+      lines.emplace_back(std::filesystem::exists(machine.popups) ? "database made" : "no database");
     } else {
       throw std::runtime_error("cannot show " + name);
     }

@@ -18,7 +18,7 @@ namespace ostrell {
 //   clock          seconds, when it is not the run's time
 //   documents      of the policy database by number; the detection records are 0
 //   quarantine     its list; held: content of its files by id; restore: what a restoration returns
-//   svclink        what fails of it, by FakeSvclink's members
+//   svclink        what is not as it should be, by FakeSvclink's names
 //   signatures     versions of signature files by path
 //   program        the program's path; null: cannot be told
 //   files          by path; relative ones lie beside the program. A file is its content or an
@@ -26,10 +26,14 @@ namespace ostrell {
 //                  folder, writing, held, pipe
 //   registry       values by root (HKLM, HKCU), key and name, "HKLM\\key\\name"
 //   system, kernel false: cannot be told; machine: number; modern: false without the event service
-//   popups         rows [time, detail] of the pop-up block database
+//   popups         rows [time, detail] of the pop-up block database; without rows it is missing,
+//   and
+//                  so is its folder when this is no list
 //   events         channels of objects with provider, id, data, time, level
 //   classic        logs of records [provider, id, time, text]
-//   show           "log", "last message", "queries", "files", "opened" beside what is always shown
+//   show           "log", "last message", "queries", "files", "opened", "pop-up database" beside
+//   what
+//                  is always shown
 //
 // Content is text, {"hex": "..."}, {"text": content, "times": count}, {"local": seconds, "form":
 // "..."} for a local time in strftime's form, as log lines have it where none is given, or a list

@@ -24,22 +24,12 @@ class FakeSvclink {
   std::vector<std::string> opened;           // paths of signature files, in their order
   int live = 0;                              // objects and records not yet released
 
-  // What fails.
-  bool createsNothing = false;
-  bool hasNoOpen = false;
-  bool hasNoRead = false;
-  bool hasNoWrite = false;
-  bool hasNoSize = false;
-  bool hasNoData = false;
-  bool dataIsNull = false;
-  bool takesNothing = false;  // take-record says yes and gives nothing
-  int32_t openResult = 0;
-  int32_t queryResult = 1;
-  int32_t takeResult = 0;
-  int32_t writeLess = 0;  // bytes that a write does not take
-  int32_t readLess = 0;   // bytes that a read does not give
-  int64_t sizeMore = 0;   // bytes that a stream claims to have beyond its own
-  uint32_t kind = 0x20FFFF;
+  // What is not as it should be, by name:
+  //   createsNothing, hasNoOpen, hasNoRead, hasNoWrite, hasNoSize, hasNoData, dataIsNull
+  //   takesNothing                      take-record says yes and gives nothing
+  //   openResult, queryResult, takeResult, kind
+  //   writeLess, readLess, sizeMore     bytes not taken, not given, claimed beyond its own
+  std::map<std::string, int64_t> odd;
   uint64_t written = 0;
 
   Svclink Library() const { return Svclink({QueryKind, Create, Take}); }
@@ -56,13 +46,21 @@ class FakeSvclink {
 
   static inline FakeSvclink* current = nullptr;
 
+  static int64_t Odd(const char* name, int64_t otherwise = 0) {
+    const auto found = current->odd.find(name);
+    return found != current->odd.end() ? found->second : otherwise;
+  }
+  static int32_t Result(const char* name, int32_t otherwise = 0) {
+    return static_cast<int32_t>(Odd(name, otherwise));
+  }
+
   static int32_t QueryKind(SvclinkObject*, uint32_t* to, int32_t argument) {
-    *to = current->kind;
-    return argument == 1 ? current->queryResult : 0;
+    *to = static_cast<uint32_t>(Odd("kind", 0x20FFFF));
+    return argument == 1 ? Result("queryResult", 1) : 0;
   }
 
   static SvclinkObject* Create(int32_t number) {
-    if (current->createsNothing) {
+    if (Odd("createsNothing") != 0) {
       return nullptr;
     }
     ++current->live;
@@ -72,17 +70,17 @@ class FakeSvclink {
       --current->live;
       delete static_cast<Object*>(released);
     };
-    object->open = current->hasNoOpen ? nullptr : Open;
-    object->read = current->hasNoRead ? nullptr : Read;
-    object->write = current->hasNoWrite ? nullptr : Write;
-    object->size = current->hasNoSize ? nullptr : Size;
+    object->open = Odd("hasNoOpen") != 0 ? nullptr : Open;
+    object->read = Odd("hasNoRead") != 0 ? nullptr : Read;
+    object->write = Odd("hasNoWrite") != 0 ? nullptr : Write;
+    object->size = Odd("hasNoSize") != 0 ? nullptr : Size;
     return object;
   }
 
   static int32_t Open(SvclinkObject* object, const char* path, uint32_t flags) {
     auto* const opened = static_cast<Object*>(object);
     if (opened->isStream) {
-      return *path == '\0' && flags == 258 ? current->openResult : -1;
+      return *path == '\0' && flags == 258 ? Result("openResult") : -1;
     }
     current->opened.emplace_back(path);
     const auto found = current->versions.find(path);
@@ -90,32 +88,32 @@ class FakeSvclink {
       return -1;
     }
     opened->version = found->second;
-    return current->openResult;
+    return Result("openResult");
   }
 
   static int32_t Read(SvclinkObject* object, uint64_t offset, void* to, uint32_t count) {
     const std::string& bytes = static_cast<Object*>(object)->bytes;
     const size_t taken = std::min<size_t>(count, bytes.size() - offset);
     std::memcpy(to, bytes.data() + offset, taken);
-    return static_cast<int32_t>(taken) - current->readLess;
+    return static_cast<int32_t>(taken) - Result("readLess");
   }
 
   static int32_t Write(SvclinkObject* object, const void* from, uint32_t count) {
     static_cast<Object*>(object)->bytes.append(static_cast<const char*>(from), count);
     current->written += count;
-    return static_cast<int32_t>(count) - current->writeLess;
+    return static_cast<int32_t>(count) - Result("writeLess");
   }
 
   static int64_t Size(SvclinkObject* object) {
-    return static_cast<int64_t>(static_cast<Object*>(object)->bytes.size()) + current->sizeMore;
+    return static_cast<int64_t>(static_cast<Object*>(object)->bytes.size()) + Odd("sizeMore");
   }
 
   static int32_t Take(SvclinkObject* object, SvclinkRecord** to, int32_t argument) {
-    if (current->takesNothing || argument != 0) {
+    if (Odd("takesNothing") != 0 || argument != 0) {
       return 0;
     }
-    if (current->takeResult < 0) {
-      return current->takeResult;
+    if (Result("takeResult") < 0) {
+      return Result("takeResult");
     }
     const auto* const from = static_cast<Object*>(object);
     ++current->live;
@@ -129,13 +127,13 @@ class FakeSvclink {
     record->data = [](SvclinkRecord* taken, uint32_t* size) -> const std::byte* {
       const std::string& bytes = static_cast<Record*>(taken)->bytes;
       *size = static_cast<uint32_t>(bytes.size());
-      return current->dataIsNull ? nullptr : reinterpret_cast<const std::byte*>(bytes.data());
+      return Odd("dataIsNull") != 0 ? nullptr : reinterpret_cast<const std::byte*>(bytes.data());
     };
-    if (current->hasNoData) {
+    if (Odd("hasNoData") != 0) {
       record->data = nullptr;
     }
     *to = record;
-    return current->takeResult;
+    return Result("takeResult");
   }
 };
 

@@ -5,7 +5,10 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 
 namespace ostrell {
@@ -16,10 +19,16 @@ const std::string kWindowsBuild = OSTRELL_WINDOWS_BUILD;
 const std::string kPrefix = kSource + "/build/wine/system";
 
 const std::string kReceived = kPrefix + "/received";
+const std::string kBefore = kPrefix + "/before";
 
 std::string EmptyFolder(const std::string& path) {
   std::filesystem::remove_all(path);
   return path;
+}
+
+std::set<std::string> Lines(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
 int RunCommand(const std::string& command) {
@@ -120,7 +129,10 @@ RunResult RunAgent(const std::string& channels) {
   return {exitCode, ReadText(trace)};
 }
 
-AgentServer::AgentServer() : server(ReportServerOptions{.store = EmptyFolder(kReceived)}) {
+AgentServer::AgentServer()
+    : server({.store = EmptyFolder(kReceived),
+              .instructions = ReadText(kSource + "/devkit/sample/instructions.json"),
+              .known = Lines(ReadText(kPrefix + "/known-samples.txt"))}) {
   std::string why;
   EXPECT_TRUE(server.Start(&why)) << why;
 }
@@ -162,6 +174,17 @@ std::vector<std::string> AgentServer::Bodies(const std::string& report) const {
 JsonOwner AgentServer::Body(const std::string& report) const {
   const auto bodies = Bodies(report);
   return JsonOwner(bodies.size() == 1 ? json_loads(bodies[0].c_str(), 0, nullptr) : nullptr);
+}
+
+RunJudge::RunJudge(const SampleProduct& product) : now(std::to_string(std::time(nullptr))) {
+  std::filesystem::copy(product.DataFolder(), EmptyFolder(kBefore),
+                        std::filesystem::copy_options::recursive);
+}
+
+bool RunJudge::FindsAllThatWasDue() const {
+  return RunCommand(Quoted(OSTRELL_REPORT_SUMMARY) + " --store " + Quoted(kReceived) +
+                    " --expected " + Quoted(kPrefix + "/expected.json") + " --before " +
+                    Quoted(kBefore) + " --now " + now) == 0;
 }
 
 std::string ReadText(const std::filesystem::path& file) {

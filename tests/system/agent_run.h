@@ -68,6 +68,17 @@ class AgentServer {
   ReportServer server;
 };
 
+// Made before a run; afterwards it holds what the server received against the sample's
+// expectations.
+class RunJudge {
+ public:
+  explicit RunJudge(const SampleProduct& product);
+  bool FindsAllThatWasDue() const;
+
+ private:
+  const std::string now;  // seconds since 1970
+};
+
 // Text of a file; empty when it cannot be read.
 std::string ReadText(const std::filesystem::path& file);
 void WriteText(const std::filesystem::path& file, std::string_view text);
