@@ -76,16 +76,3 @@ function(ostrell_copy_jansson target)
   add_custom_command(TARGET ${target} POST_BUILD
     COMMAND ${CMAKE_COMMAND} -E copy_if_different ${JANSSON_DLL} $<TARGET_FILE_DIR:${target}>)
 endfunction()
-
-# ostrell_copy_libraries(TEST LIBRARY...): puts stand-ins of devkit/product beside a test program,
-# where the closed libraries are looked for.
-function(ostrell_copy_libraries test)
-  foreach(library IN LISTS ARGN)
-    # A library that is built anew links the program again, which copies it anew.
-    set_property(TARGET ${test} APPEND PROPERTY LINK_DEPENDS $<TARGET_FILE:${library}>)
-    add_custom_command(TARGET ${test} POST_BUILD
-      COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${library}>
-              $<TARGET_FILE_DIR:${test}>)
-  endforeach()
-  add_dependencies(${test} ${ARGN})
-endfunction()
