@@ -10,6 +10,7 @@
 #include "reports/popup_block_log.h"
 #include "reports/quarantine.h"
 #include "reports/sample_pass.h"
+#include "reports/windowed_report.h"
 #include "tests/support/recorded_cases.h"
 
 // The readers of the records that the product's library hands over.
@@ -107,6 +108,10 @@ TEST(DetectionRecords, TextThatIsNotUtf8) {
   const JsonOwner kept = KeepDetectionRecords(records);
   EXPECT_EQ(json_array_size(kept.Get()), 1u);
   EXPECT_EQ(CompactText(kept), "");
+}
+
+TEST(SendRecords, TextThatIsNotUtf8IsNoSuccess) {
+  EXPECT_EQ(SendRecords({}, JsonOwner(json_pack("[o]", json_string_nocheck("\xFF")))), 0);
 }
 
 TEST(Fingerprints, HowManyAreRemembered) {

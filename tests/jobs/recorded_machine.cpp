@@ -144,6 +144,7 @@ class Machine : public JobRun {
     ForEach(described, "last", [this](const std::string& key, const json_t* time) {
       store.times[key] = json_integer_value(time);
     });
+    now = NumberOf(described, "now", kNow);
     clock.now = NumberOf(described, "clock", kNow);
     if (IsTrue(described, "link")) {
       registry.texts[RegistryKeyOf("HKLM\\SOFTWARE\\Velmora\\Corvane\\Ostrell\\ReportLink")] =
