@@ -54,9 +54,7 @@ bool ExpectedRun::IsFirst(std::string_view report) const {
 
 std::vector<const json_t*> ExpectedRun::Rows(const char* member) const {
   std::vector<const json_t*> rows;
-  size_t index = 0;
-  const json_t* row = nullptr;
-  json_array_foreach(json_object_get(list.Get(), member), index, row) {
+  for (const json_t* const row : Elements(json_object_get(list.Get(), member))) {
     rows.push_back(row);
   }
   return rows;

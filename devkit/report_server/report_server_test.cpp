@@ -181,6 +181,10 @@ TEST_F(ReportServerTest, FilesHoldWhatCameIn) {
   SendTo(TicketUrl("/v8/rc2.php?u=%FF&o=00"),
          "\x78\x9C\x8B\x36\x8C\x05\0\x01\xD3\0\xEA"s);  // "[1]"
   EXPECT_EQ(ReadFile(store / "0098.body"), "[1]");
+  EXPECT_EQ(Get("/bodies/98").body, "[1]");
+  EXPECT_EQ(Get("/bodies/97").status, 404) << "a ticket's request";
+  EXPECT_THAT(Get("/requests?after=97").body, StartsWith(R"([{"number":98,)"));
+  EXPECT_EQ(Get("/requests?after=98").body, "[]");
   EXPECT_EQ(Integer64Member(LastRequest().Get(), "ticket"), 97);
   const std::string lines = ReadFile(store / "requests.jsonl");
   EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 98);

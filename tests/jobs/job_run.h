@@ -34,7 +34,6 @@ class JobRun : public FakeRun {
   JobRun(const JobRun&) = delete;
   JobRun& operator=(const JobRun&) = delete;
 
-  int64_t& Last(const char* key) { return store.times[key]; }
   const Times& Recorded() const { return store.written; }
 
   // What the server received: a GET as report, query and status, "rc4 v=5&o 200", without the
@@ -51,8 +50,11 @@ class JobRun : public FakeRun {
     return steps;
   }
 
+ private:
+  const std::string firstNumber = LastNumber();
+
   // Characters that are repeated 32 times or more as "x{32}", and other than printable ASCII and
-  // UTF-8 as "\xHH".
+  // UTF-8 as "\xhh".
   static std::string Readable(std::string_view bytes) {
     std::string text;
     for (size_t at = 0; at < bytes.size();) {
@@ -66,9 +68,6 @@ class JobRun : public FakeRun {
     }
     return text;
   }
-
- private:
-  const std::string firstNumber = LastNumber();
 
   std::string Asked(const std::string& target) const {
     const size_t report = target.find("/rc") + 1;

@@ -27,13 +27,11 @@ namespace ostrell {
 //   registry       values by root (HKLM, HKCU), key and name, "HKLM\\key\\name"
 //   system, kernel false: cannot be told; machine: number; modern: false without the event service
 //   popups         rows [time, detail] of the pop-up block database; without rows it is missing,
-//   and
-//                  so is its folder when this is no list
+//                  and so is its folder when this is no list
 //   events         channels of objects with provider, id, data, time, level
 //   classic        logs of records [provider, id, time, text]
-//   show           "log", "last message", "queries", "files", "opened", "pop-up database" beside
-//   what
-//                  is always shown
+//   show           beside what is always shown: "log", "last message", "queries", "files",
+//                  "opened", "pop-up database"
 //
 // Content is text, {"hex": "..."}, {"text": content, "times": count}, {"local": seconds, "form":
 // "..."} for a local time in strftime's form, as log lines have it where none is given, or a list
@@ -41,7 +39,7 @@ namespace ostrell {
 //
 // The outcome, a line each: "result ..." of an operation that has one; what the server received
 // (JobRun::Received); "recorded KEY TIME"; "restored ID"; and what is to be shown. Throws for JSON
-// that is none, or that names an operation or a fault that does not exist.
+// that is none, and for an operation or a thing to show that does not exist.
 std::string OutcomeOf(const std::string& machine, const std::string& change);
 
 }  // namespace ostrell

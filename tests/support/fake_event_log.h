@@ -81,9 +81,8 @@ class FakeEventLog {
   std::vector<std::string> queries;   // texts
   std::vector<uint32_t> bufferSizes;  // of classic reads
   std::wstring server;                // of the classic log opened last
-  uint32_t largestBatch = 0;
-  int opened = 0;  // handles
-  int open = 0;    // of these, not yet closed
+  int opened = 0;                     // handles
+  int open = 0;                       // of these, not yet closed
 
   static const eventlog::EvtApi& Modern() {
     static const eventlog::EvtApi api = {
@@ -183,7 +182,6 @@ class FakeEventLog {
     while (*returned < size && handle.next < handle.texts.size()) {
       events[(*returned)++] = Give("an event", {.texts = {handle.texts[handle.Advance()]}});
     }
-    current->largestBatch = std::max(current->largestBatch, *returned);
     return *returned > 0 || current->succeedsAtEnd;
   }
   static bool Render(void* context, void* event, uint32_t flags, uint32_t bytes, void* buffer,

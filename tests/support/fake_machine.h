@@ -56,14 +56,13 @@ struct FakeFacts : SystemFacts {
   bool HasModernEventLog() const override { return isModern; }
 };
 
-// A clock that stands unless it is told to go on with each look. The zone of the machine that runs
+// A clock that stands. The zone of the machine that runs
 // the tests has no say: what is local is so by the offset that mktime takes away again.
 struct FakeClock : Clock {
-  mutable int64_t now;
-  int64_t step = 0;
+  int64_t now;
 
   explicit FakeClock(int64_t seconds) : now(seconds) {}
-  int64_t Now() const override { return std::exchange(now, now + step); }
+  int64_t Now() const override { return now; }
   uint64_t LocalTicks(uint64_t utcTicks) const override {
     const std::time_t seconds = SecondsFromTicks(utcTicks);
     std::tm fields = seconds >= 0 ? *std::gmtime(&seconds) : std::tm{};

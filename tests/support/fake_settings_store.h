@@ -17,7 +17,6 @@ struct FakeSettingsStore : SettingsStore {
   std::map<std::string, int32_t> numbers;
   std::map<std::string, int64_t> times;
   int32_t yes = 1;  // the result when a value is found
-  int32_t writeResult = 1;
 
   std::vector<std::string> readKeys;  // of 64-bit readings, in their order
   std::vector<std::pair<std::string, int64_t>> written;
@@ -37,7 +36,7 @@ struct FakeSettingsStore : SettingsStore {
   int32_t WriteInt64(const char* key, int64_t value) override {
     written.emplace_back(key, value);
     times[key] = value;
-    return writeResult;
+    return 1;
   }
 
  private:

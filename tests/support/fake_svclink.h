@@ -30,7 +30,6 @@ class FakeSvclink {
   //   openResult, queryResult, takeResult, kind
   //   writeLess, readLess, sizeMore     bytes not taken, not given, claimed beyond its own
   std::map<std::string, int64_t> odd;
-  uint64_t written = 0;
 
   Svclink Library() const { return Svclink({QueryKind, Create, Take}); }
 
@@ -100,7 +99,6 @@ class FakeSvclink {
 
   static int32_t Write(SvclinkObject* object, const void* from, uint32_t count) {
     static_cast<Object*>(object)->bytes.append(static_cast<const char*>(from), count);
-    current->written += count;
     return static_cast<int32_t>(count) - Result("writeLess");
   }
 

@@ -43,9 +43,7 @@ std::string Sequence(const AgentServer& server) {
 // A member of every item.
 std::vector<std::string> Members(const JsonOwner& items, const char* name) {
   std::vector<std::string> members;
-  size_t index = 0;
-  json_t* item = nullptr;
-  json_array_foreach(items.Get(), index, item) {
+  for (const json_t* const item : Elements(items.Get())) {
     const json_t* value = json_object_get(item, name);
     members.push_back(json_is_integer(value)  ? std::to_string(json_integer_value(value))
                       : json_is_string(value) ? json_string_value(value)
