@@ -113,8 +113,9 @@ FakeFiles::Entry FileOf(const json_t* value) {
 
 class Machine : public JobRun {
  public:
-  explicit Machine(const json_t* description)
-      : JobRun(std::string(TextMember(description, "fault").value_or(""))), described(description) {
+  explicit Machine(JsonOwner description)
+      : JobRun(std::string(TextMember(description.Get(), "fault").value_or(""))),
+        owned(std::move(description)) {
     AddSettings();
     AddProduct();
     AddSystem();
@@ -248,8 +249,15 @@ class Machine : public JobRun {
     EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
   }
 
-  const json_t* const described;
+  const JsonOwner owned;
+  const json_t* const described = owned.Get();
 };
+
+JsonOwner Changed(const std::string& base, const std::string& change) {
+  JsonOwner described = Parsed(base);
+  json_object_update_recursive(described.Get(), Parsed(change).Get());
+  return described;
+}
 
 // What each operation returns as text; nothing where it returns nothing.
 using Operation = std::string (*)(const Run&, const json_t*);
@@ -349,9 +357,8 @@ Steps OutcomeOf(const Machine& machine, const json_t* described, const std::stri
 }  // namespace
 
 std::string OutcomeOf(const std::string& base, const std::string& change) {
-  const JsonOwner described = Parsed(base);
-  json_object_update_recursive(described.Get(), Parsed(change).Get());
-  Machine machine(described.Get());
+  const JsonOwner described = Changed(base, change);
+  Machine machine{JsonOwner(json_incref(described.Get()))};
   const std::string name(TextMember(described.Get(), "run").value_or(""));
   const auto operation = kOperations.find(name);
   if (operation == kOperations.end()) {
@@ -367,6 +374,10 @@ std::string OutcomeOf(const std::string& base, const std::string& change) {
     outcome += (outcome.empty() ? "" : "\n") + line;
   }
   return outcome;
+}
+
+std::shared_ptr<JobRun> MachineOf(const std::string& base, const std::string& change) {
+  return std::make_shared<Machine>(Changed(base, change));
 }
 
 }  // namespace ostrell

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
 #include <string>
+
+#include "tests/jobs/job_run.h"
 
 namespace ostrell {
 
@@ -41,5 +44,8 @@ namespace ostrell {
 // (JobRun::Received); "recorded KEY TIME"; "restored ID"; and what is to be shown. Throws for JSON
 // that is none, and for an operation or a thing to show that does not exist.
 std::string OutcomeOf(const std::string& machine, const std::string& change);
+
+// The machine itself, on which nothing has run. Throws for JSON that is none.
+std::shared_ptr<JobRun> MachineOf(const std::string& machine, const std::string& change);
 
 }  // namespace ostrell

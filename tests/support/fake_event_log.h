@@ -15,6 +15,7 @@
 #include "devkit/product/event_query.h"
 #include "devkit/product/recorded_event.h"
 #include "eventlog/apis.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -113,8 +114,8 @@ class FakeEventLog {
 
   static std::wstring ErrorText(uint32_t code) { return L"error " + std::to_wstring(code); }
   static Handle& At(void* handle) { return *static_cast<Handle*>(handle); }
-  static void* Give(const char* call, Handle handle) {
-    if (current->failing == call) {
+  static void* Give(const OutsideCall& outside, const char* call, Handle handle) {
+    if (current->failing == call || outside.Fails()) {
       return nullptr;
     }
     ++current->opened;
@@ -122,20 +123,23 @@ class FakeEventLog {
     return new Handle(std::move(handle));
   }
   static bool Close(void* handle) {
+    const OutsideCall call(0);
     --current->open;
     delete &At(handle);
     return true;
   }
 
   static void* OpenSession(uint32_t loginClass, void* login, uint32_t, uint32_t) {
+    const OutsideCall call(1);
     const wchar_t* names[4];  // server, user, domain, password
     std::memcpy(names, login, sizeof(names));
     EXPECT_EQ(loginClass, 1u);
     EXPECT_STREQ(names[0], L"server");
     EXPECT_EQ(std::count(names + 1, names + 4, nullptr), 3);
-    return current->session = Give("EvtOpenSession", {});
+    return current->session = Give(call, "EvtOpenSession", {});
   }
   static void* OpenChannels(void* session, uint32_t) {
+    const OutsideCall call(1);
     EXPECT_EQ(session, nullptr);  // channels of this computer
     std::vector<std::wstring> names = current->channels;
     for (const auto& [name, events] : current->modern) {
@@ -143,11 +147,13 @@ class FakeEventLog {
         names.push_back(name);
       }
     }
-    return Give("EvtOpenChannelEnum", {.texts = std::move(names)});
+    return Give(call, "EvtOpenChannelEnum", {.texts = std::move(names)});
   }
   static bool NextChannel(void* channels, uint32_t characters, wchar_t* buffer, uint32_t*) {
+    const OutsideCall call(1);
     Handle& handle = At(channels);
-    if (handle.next == handle.texts.size() || handle.texts[handle.next].size() >= characters) {
+    if (handle.next == handle.texts.size() || handle.texts[handle.next].size() >= characters ||
+        call.Fails()) {
       return false;
     }
     const std::wstring& name = handle.texts[handle.next++];
@@ -156,6 +162,7 @@ class FakeEventLog {
   }
 
   static void* Query(void* session, const wchar_t* path, const wchar_t* text, uint32_t flags) {
+    const OutsideCall call(1);
     EXPECT_EQ(session, current->session);
     EXPECT_EQ(path, nullptr);
     EXPECT_EQ(flags, 0x1100u);
@@ -169,23 +176,25 @@ class FakeEventLog {
         results.texts.push_back(WideFromUtf8(event.xml).value());
       }
     }
-    return Give("EvtQuery", std::move(results));
+    return Give(call, "EvtQuery", std::move(results));
   }
   static bool Next(void* results, uint32_t size, void** events, uint32_t timeout, uint32_t,
                    uint32_t* returned) {
+    const OutsideCall call(2);
     EXPECT_EQ(timeout, 0xFFFFFFFFu);
     Handle& handle = At(results);
     *returned = 0;
-    if (current->failing == "EvtNext" && handle.next > 0) {
-      return false;
+    if ((current->failing == "EvtNext" && handle.next > 0) || call.Fails()) {
+      return call.Or(false, {false, true});  // the other way: none, and no failure
     }
     while (*returned < size && handle.next < handle.texts.size()) {
-      events[(*returned)++] = Give("an event", {.texts = {handle.texts[handle.Advance()]}});
+      events[(*returned)++] = Give(call, "an event", {.texts = {handle.texts[handle.Advance()]}});
     }
     return *returned > 0 || current->succeedsAtEnd;
   }
   static bool Render(void* context, void* event, uint32_t flags, uint32_t bytes, void* buffer,
                      uint32_t* used, uint32_t*) {
+    const OutsideCall call(3);
     EXPECT_EQ(context, current->session);
     EXPECT_EQ(flags, 1u);
     const std::wstring& xml = At(event).texts.front();
@@ -193,7 +202,8 @@ class FakeEventLog {
         current->unrendered.empty() || xml.find(current->unrendered) == std::wstring::npos;
     *used = current->announced != 0 ? current->announced
                                     : static_cast<uint32_t>(isRendered ? 2 * xml.size() + 2 : 0);
-    if (buffer == nullptr || current->failing == "EvtRender") {
+    *used = call.Or(*used, {*used, 0, 0xFFFFFFFE});
+    if (buffer == nullptr || current->failing == "EvtRender" || call.Fails()) {
       return false;
     }
     EXPECT_EQ(bytes, 2 * *used);
@@ -203,17 +213,24 @@ class FakeEventLog {
   }
 
   static void* OpenClassic(const wchar_t* server, const wchar_t* log) {
+    const OutsideCall call(1);
     current->server = server != nullptr ? server : L"(none)";
     current->error = 2;  // ERROR_FILE_NOT_FOUND
-    return Give("OpenEventLog",
+    return Give(call, "OpenEventLog",
                 {.reads = current->classic[log], .isEndless = current->endless == log});
   }
   static bool ReadClassic(void* log, uint32_t flags, uint32_t offset, void* buffer, uint32_t size,
                           uint32_t* read, uint32_t* needed) {
+    const OutsideCall call(2);
     EXPECT_EQ(flags, 9u);
     EXPECT_EQ(offset, 0u);
     current->bufferSizes.push_back(size);
     Handle& handle = At(log);
+    if (call.Fails()) {
+      current->error = call.Or(0u, {5, 122});  // access denied, buffer too small
+      *needed = 0xFFFFFFFF;
+      return false;
+    }
     if (handle.next == handle.reads.size()) {
       current->error = 38;  // ERROR_HANDLE_EOF
       return false;

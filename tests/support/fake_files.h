@@ -5,10 +5,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/files.h"
 #include "base/text.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -33,33 +35,28 @@ struct FakeFiles : Files {
 
   Entry& At(const std::wstring& path) { return entries[Full(path)]; }
 
-  std::optional<std::wstring> ProgramPath() const override { return program; }
+  std::optional<std::wstring> ProgramPath() const override {
+    return OutsideCall(1).Fails() ? std::nullopt : program;
+  }
 
   std::optional<FileStatus> Status(const std::wstring& path) const override {
+    const OutsideCall call(1);
     const Entry* const entry = Find(path);
-    return entry != nullptr ? std::optional(FileStatus{entry->isDirectory, entry->lastWrite})
-                            : std::nullopt;
+    return entry != nullptr && !call.Fails()
+               ? std::optional(FileStatus{entry->isDirectory, entry->lastWrite})
+               : std::nullopt;
   }
 
   void List(const std::wstring& folder, const wchar_t* pattern,
             const TakeEntry& take) const override {
-    const std::wstring ending = std::wstring(pattern).substr(1);
-    const std::wstring prefix = PathIn(Full(folder), L"");
-    for (const auto& [path, entry] : entries) {
-      const std::wstring name =
-          path.starts_with(prefix) ? path.substr(prefix.size()) : std::wstring();
-      std::wstring lower = name;
-      std::ranges::transform(lower, lower.begin(), LowerAscii<wchar_t>);
-      // Short names have endings of three characters.
-      if (!name.empty() && name.find(L'\\') == std::wstring::npos &&
-          lower.find(ending) != std::wstring::npos) {
-        take(name, entry.isDirectory);
-      }
+    for (const auto& [name, isDirectory] : Listing(folder, pattern)) {
+      take(name, isDirectory);
     }
   }
 
   std::unique_ptr<OpenFile> Open(const std::wstring& path, FileUse use,
                                  uint32_t* error) const override {
+    const OutsideCall call(1);
     opened.push_back(Utf8FromWide(path));
     const Entry* const entry = Find(path);
     const bool isStable = use == FileUse::kStable || use == FileUse::kMapped;
@@ -72,6 +69,8 @@ struct FakeFiles : Files {
       code = 32;  // ERROR_SHARING_VIOLATION
     } else if (use == FileUse::kMapped && entry->content.empty()) {
       code = 1006;  // ERROR_FILE_INVALID
+    } else if (call.Fails()) {
+      code = 1117;  // ERROR_IO_DEVICE
     }
     if (error != nullptr) {
       *error = code;
@@ -80,25 +79,53 @@ struct FakeFiles : Files {
   }
 
   bool Delete(const std::wstring& path) const override {
+    const OutsideCall call(1);
     const Entry* const entry = Find(path);
-    return entry != nullptr && !entry->isHeld && !entry->isDirectory &&
+    return entry != nullptr && !entry->isHeld && !entry->isDirectory && !call.Fails() &&
            entries.erase(Full(path)) > 0;
   }
 
  private:
+  // Name, and whether it is a folder; a listing that fails has none, or breaks off.
+  std::vector<std::pair<std::wstring, bool>> Listing(const std::wstring& folder,
+                                                     const wchar_t* pattern) const {
+    const OutsideCall call(2);
+    std::vector<std::pair<std::wstring, bool>> listing;
+    const std::wstring ending = std::wstring(pattern).substr(1);
+    const std::wstring prefix = PathIn(Full(folder), L"");
+    for (const auto& [path, entry] : entries) {
+      const std::wstring name =
+          path.starts_with(prefix) ? path.substr(prefix.size()) : std::wstring();
+      std::wstring lower = name;
+      std::ranges::transform(lower, lower.begin(), LowerAscii<wchar_t>);
+      // Short names have endings of three characters.
+      if (!name.empty() && name.find(L'\\') == std::wstring::npos &&
+          lower.find(ending) != std::wstring::npos) {
+        listing.emplace_back(name, entry.isDirectory);
+      }
+    }
+    const size_t listed = listing.size();
+    listing.resize(call.Or(listed, {0, listed / 2}));
+    return listing;
+  }
+
   // What it was when it was opened.
   struct Opened : OpenFile {
     explicit Opened(Entry opened) : entry(std::move(opened)) {}
     std::optional<uint64_t> Size() const override {
-      const uint64_t size = entry.size.value_or(entry.content.size());
+      const OutsideCall call(3);
+      const uint64_t whole = entry.size.value_or(entry.content.size());
+      const uint64_t size = call.Or(whole, {kUntold, 0, uint64_t{1} << 62});
       return size == kUntold ? std::nullopt : std::optional(size);
     }
     std::optional<size_t> ReadAt(uint64_t offset, std::span<std::byte> to) const override {
-      if (offset + to.size() > entry.bad.value_or(~uint64_t{0} >> 1)) {
+      const OutsideCall call(3);
+      if (offset + to.size() > entry.bad.value_or(~uint64_t{0} >> 1) || call.Way() == 1) {
         return std::nullopt;
       }
+      const size_t room = call.Or(to.size(), {0, 0, to.size() / 2});
       return offset < entry.content.size()
-                 ? entry.content.copy(reinterpret_cast<char*>(to.data()), to.size(), offset)
+                 ? entry.content.copy(reinterpret_cast<char*>(to.data()), room, offset)
                  : 0;
     }
     Entry entry;

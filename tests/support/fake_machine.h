@@ -12,6 +12,7 @@
 #include "base/registry.h"
 #include "env/report_clock.h"
 #include "machine/system_facts.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -28,19 +29,23 @@ struct FakeRegistry : Registry {
 
   std::optional<std::wstring> ReadText(RegistryRoot root, const wchar_t* key, const wchar_t* name,
                                        uint32_t byteLimit) const override {
+    const OutsideCall call(1);
     const auto found = texts.find(Of(root, key, name));
     // The limit counts UTF-16 units with the terminator.
-    return found != texts.end() && (found->second.size() + 1) * 2 <= byteLimit
+    return found != texts.end() && (found->second.size() + 1) * 2 <= byteLimit && !call.Fails()
                ? std::optional(found->second)
                : std::nullopt;
   }
   std::optional<uint32_t> ReadDword(RegistryRoot root, const wchar_t* key,
                                     const wchar_t* name) const override {
+    const OutsideCall call(1);
     const auto found = numbers.find(Of(root, key, name));
-    return found != numbers.end() ? std::optional(found->second) : std::nullopt;
+    return found != numbers.end() && !call.Fails() ? std::optional(found->second) : std::nullopt;
   }
   void DeleteValue(RegistryRoot root, const wchar_t* key, const wchar_t* name) const override {
-    numbers.erase(Of(root, key, name));
+    if (!OutsideCall(1).Fails()) {
+      numbers.erase(Of(root, key, name));
+    }
   }
 };
 
@@ -50,10 +55,14 @@ struct FakeFacts : SystemFacts {
   std::optional<ostrell::KernelVersion> kernel = ostrell::KernelVersion{10, 0, 26100, 4652};
   bool isModern = true;
 
-  std::optional<OperatingSystem> QueryOperatingSystem() const override { return system; }
-  uint16_t NativeMachine() const override { return machine; }
-  std::optional<ostrell::KernelVersion> ReadKernelVersion() const override { return kernel; }
-  bool HasModernEventLog() const override { return isModern; }
+  std::optional<OperatingSystem> QueryOperatingSystem() const override {
+    return OutsideCall(1).Fails() ? std::nullopt : system;
+  }
+  uint16_t NativeMachine() const override { return OutsideCall(1).Or<uint16_t>(machine, {0}); }
+  std::optional<ostrell::KernelVersion> ReadKernelVersion() const override {
+    return OutsideCall(1).Fails() ? std::nullopt : kernel;
+  }
+  bool HasModernEventLog() const override { return OutsideCall(1).Or(isModern, {false}); }
 };
 
 // A clock that stands. The zone of the machine that runs
@@ -62,8 +71,13 @@ struct FakeClock : Clock {
   int64_t now;
 
   explicit FakeClock(int64_t seconds) : now(seconds) {}
-  int64_t Now() const override { return now; }
+  int64_t Now() const override {
+    return OutsideCall(3).Or<int64_t>(now, {-1, now - 100000000, now + 100000000});
+  }
   uint64_t LocalTicks(uint64_t utcTicks) const override {
+    if (OutsideCall(1).Fails()) {
+      return 0;
+    }
     const std::time_t seconds = SecondsFromTicks(utcTicks);
     std::tm fields = seconds >= 0 ? *std::gmtime(&seconds) : std::tm{};
     fields.tm_isdst = -1;

@@ -13,6 +13,7 @@
 #include "tests/support/fake_policydb.h"
 #include "tests/support/fake_settings_store.h"
 #include "tests/support/fake_svclink.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -76,6 +77,7 @@ class FakeRun {
   static inline FakeRun* current = nullptr;
 
   static void Log(const char* operation, int32_t line, int32_t level, const wchar_t* text) {
+    const OutsideCall call(0);
     const char* const odd = line > 0 && level == 1 ? "" : "odd line or level ";
     current->messages.push_back(odd + std::string(operation) + " " + Utf8FromWide(text));
   }

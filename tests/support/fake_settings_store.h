@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "env/settings.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -26,25 +27,35 @@ struct FakeSettingsStore : SettingsStore {
   Settings Hold() { return Settings(SettingsStoreOwner(this)); }
 
   void Release() override { ++releases; }
-  int32_t ReadInt32(const char* key, int32_t* value) override { return Find(numbers, key, value); }
+  int32_t ReadInt32(const char* key, int32_t* value) override {
+    const OutsideCall call(1);
+    return Find(numbers, key, value, call);
+  }
   int32_t ReadInt64(const char* key, int64_t* value) override {
+    const OutsideCall call(3);
     readKeys.emplace_back(key);
-    return Find(times, key, value);
+    const int32_t result = Find(times, key, value, call);
+    *value = call.Or(*value, {*value, INT64_MIN, INT64_MAX});
+    return call.Or(result, {0, 1, 1});
   }
   void Reserved3() override {}
   void Reserved4() override {}
   int32_t WriteInt64(const char* key, int64_t value) override {
-    written.emplace_back(key, value);
-    times[key] = value;
-    return 1;
+    const OutsideCall call(1);
+    if (!call.Fails()) {
+      written.emplace_back(key, value);
+      times[key] = value;
+    }
+    return call.Or(1, {0});
   }
 
  private:
   template <class Values, class Number>
-  int32_t Find(const Values& values, const char* key, Number* value) const {
+  int32_t Find(const Values& values, const char* key, Number* value,
+               const OutsideCall& call) const {
     const auto found = values.find(key);
     *value = found != values.end() ? found->second : 7;
-    return found != values.end() ? yes : 0;
+    return found != values.end() ? call.Or(yes, {0, yes, yes}) : 0;
   }
 };
 

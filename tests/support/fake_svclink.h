@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/svclink.h"
+#include "tests/support/outside_call.h"
 
 namespace ostrell {
 
@@ -54,18 +55,21 @@ class FakeSvclink {
   }
 
   static int32_t QueryKind(SvclinkObject*, uint32_t* to, int32_t argument) {
-    *to = static_cast<uint32_t>(Odd("kind", 0x20FFFF));
-    return argument == 1 ? Result("queryResult", 1) : 0;
+    const OutsideCall call(3);
+    *to = call.Way() == 1 ? 0 : static_cast<uint32_t>(Odd("kind", 0x20FFFF));
+    return call.Or(argument == 1 ? Result("queryResult", 1) : 0, {1, 0, -1});
   }
 
   static SvclinkObject* Create(int32_t number) {
-    if (Odd("createsNothing") != 0) {
+    const OutsideCall call(1);
+    if (Odd("createsNothing") != 0 || call.Fails()) {
       return nullptr;
     }
     ++current->live;
     auto* const object = new Object{};
     object->isStream = number == 1;
     object->release = [](SvclinkObject* released) {
+      const OutsideCall releasing(0);
       --current->live;
       delete static_cast<Object*>(released);
     };
@@ -77,9 +81,10 @@ class FakeSvclink {
   }
 
   static int32_t Open(SvclinkObject* object, const char* path, uint32_t flags) {
+    const OutsideCall call(1);
     auto* const opened = static_cast<Object*>(object);
     if (opened->isStream) {
-      return *path == '\0' && flags == 258 ? Result("openResult") : -1;
+      return *path == '\0' && flags == 258 ? call.Or(Result("openResult"), {-1}) : -1;
     }
     current->opened.emplace_back(path);
     const auto found = current->versions.find(path);
@@ -87,26 +92,36 @@ class FakeSvclink {
       return -1;
     }
     opened->version = found->second;
-    return Result("openResult");
+    return call.Or(Result("openResult"), {-1});
   }
 
   static int32_t Read(SvclinkObject* object, uint64_t offset, void* to, uint32_t count) {
+    const OutsideCall call(3);
     const std::string& bytes = static_cast<Object*>(object)->bytes;
     const size_t taken = std::min<size_t>(count, bytes.size() - offset);
     std::memcpy(to, bytes.data() + offset, taken);
-    return static_cast<int32_t>(taken) - Result("readLess");
+    const int32_t result = static_cast<int32_t>(taken) - Result("readLess");
+    return call.Or(result, {-1, 0, result / 2});
   }
 
   static int32_t Write(SvclinkObject* object, const void* from, uint32_t count) {
+    const OutsideCall call(3);
     static_cast<Object*>(object)->bytes.append(static_cast<const char*>(from), count);
-    return static_cast<int32_t>(count) - Result("writeLess");
+    const int32_t result = static_cast<int32_t>(count) - Result("writeLess");
+    return call.Or(result, {-1, 0, result / 2});
   }
 
   static int64_t Size(SvclinkObject* object) {
-    return static_cast<int64_t>(static_cast<Object*>(object)->bytes.size()) + Odd("sizeMore");
+    const OutsideCall call(3);
+    const auto size = static_cast<int64_t>(static_cast<Object*>(object)->bytes.size());
+    return call.Or(size + Odd("sizeMore"), {-1, 0, INT64_MAX});
   }
 
   static int32_t Take(SvclinkObject* object, SvclinkRecord** to, int32_t argument) {
+    const OutsideCall call(3);
+    if (call.Fails()) {
+      return call.Or(0, {-1, 0, 1});
+    }
     if (Odd("takesNothing") != 0 || argument != 0) {
       return 0;
     }
@@ -119,13 +134,17 @@ class FakeSvclink {
     record->bytes = from->bytes;
     record->version = from->version;
     record->release = [](SvclinkRecord* released) {
+      const OutsideCall releasing(0);
       --current->live;
       delete static_cast<Record*>(released);
     };
     record->data = [](SvclinkRecord* taken, uint32_t* size) -> const std::byte* {
+      const OutsideCall giving(2);
       const std::string& bytes = static_cast<Record*>(taken)->bytes;
-      *size = static_cast<uint32_t>(bytes.size());
-      return Odd("dataIsNull") != 0 ? nullptr : reinterpret_cast<const std::byte*>(bytes.data());
+      *size = giving.Way() == 2 ? 0 : static_cast<uint32_t>(bytes.size());
+      return Odd("dataIsNull") != 0 || giving.Way() == 1
+                 ? nullptr
+                 : reinterpret_cast<const std::byte*>(bytes.data());
     };
     if (Odd("hasNoData") != 0) {
       record->data = nullptr;

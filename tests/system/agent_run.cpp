@@ -2,7 +2,9 @@
 
 #include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -31,9 +33,15 @@ std::set<std::string> Lines(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), {}};
 }
 
-int RunCommand(const std::string& command) {
-  const int status = std::system(command.c_str());
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+// Runs a command of the shell; `usage` is that of its processes.
+int RunCommand(const std::string& command, rusage* usage = nullptr) {
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  return wait4(child, &status, 0, usage) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string Quoted(const std::filesystem::path& path) {
@@ -121,12 +129,17 @@ void SampleProduct::Registry(const std::string& arguments) const {
   EXPECT_EQ(RunCommand(Wine("-all") + "reg " + arguments + " >/dev/null 2>&1"), 0) << arguments;
 }
 
-RunResult RunAgent(const std::string& channels) {
+RunResult RunAgent(const std::string& channels, const std::string& environment) {
   const std::string trace = kPrefix + "/trace.txt";
   const auto program = InDrive("Program Files/Velmora/Corvane/bin/ostrell.exe");
-  const int exitCode = RunCommand("cd / && " + Wine(channels) + Quoted(program) + " 2>" +
-                                  Quoted(trace) + " >/dev/null");
-  return {exitCode, ReadText(trace)};
+  rusage usage{};
+  const auto began = std::chrono::steady_clock::now();
+  const int exitCode = RunCommand("cd / && " + environment + Wine(channels) + Quoted(program) +
+                                      " 2>" + Quoted(trace) + " >/dev/null",
+                                  &usage);
+  const auto wall = std::chrono::steady_clock::now() - began;
+  return {exitCode, ReadText(trace), int64_t{1024} * usage.ru_maxrss,
+          std::chrono::duration_cast<std::chrono::milliseconds>(wall)};
 }
 
 AgentServer::AgentServer()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -39,12 +40,15 @@ class SampleProduct {
 };
 
 struct RunResult {
-  int exitCode;
+  int exitCode;       // -1 when it was ended from outside
   std::string trace;  // what Wine wrote of the channels asked for
+  int64_t peakBytes;  // of memory, Wine's own included
+  std::chrono::milliseconds wall;
 };
 
-// Runs ostrell.exe of the sample product to its end. `channels` is a value of WINEDEBUG.
-RunResult RunAgent(const std::string& channels = "-all");
+// Runs ostrell.exe of the sample product to its end. `channels` is a value of WINEDEBUG,
+// `environment` what is to stand before the command: "NAME=value ".
+RunResult RunAgent(const std::string& channels = "-all", const std::string& environment = "");
 
 // A server on the built-in base URL. Fails the test where the port is taken.
 class AgentServer {

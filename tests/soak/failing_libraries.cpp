@@ -1,0 +1,255 @@
+#include "tests/soak/failing_libraries.h"
+
+#define CURL_DISABLE_TYPECHECK
+#include <curl/curl.h>
+#include <jansson.h>
+#include <sqlite3.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdlib>
+#include <map>
+#include <new>
+#include <string>
+
+#include "tests/support/outside_call.h"
+
+#undef curl_easy_setopt
+
+namespace ostrell {
+namespace {
+
+int64_t allocations = 0;
+int64_t failingAllocation = 0;
+bool allLaterFail = false;
+
+// Null where the allocation is to fail.
+void* Allocate(size_t size) {
+  if (OutsideCall::IsAgents()) {
+    ++allocations;
+    if (failingAllocation > 0 &&
+        (allocations == failingAllocation || (allLaterFail && allocations > failingAllocation))) {
+      return nullptr;
+    }
+  }
+  return std::malloc(size);
+}
+
+[[maybe_unused]] const bool isJanssonCounted = [] {
+  json_set_alloc_funcs(Allocate, std::free);
+  return true;
+}();
+
+// The address of a transfer, and whether it sends a body.
+struct Request {
+  std::string url{};
+  bool isPut = false;
+};
+std::map<CURL*, Request> requests;
+
+// Where the report server misbehaves at this request.
+std::string FaultyUrl(const Request& request, const char* fault) {
+  const size_t path = request.url.find('/', request.url.find("//") + 2);
+  return request.url.substr(0, path) + "/fault/" + (request.isPut ? "put-" : "") + fault +
+         request.url.substr(path);
+}
+
+sqlite3_vfs* systemVfs = nullptr;
+
+// An open file of SQLite: its methods with faults stand in the place of the system's.
+struct FileMethods {
+  sqlite3_io_methods faulty{};
+  const sqlite3_io_methods* system = nullptr;
+} databaseMethods, sideMethods;
+
+const sqlite3_io_methods& SystemMethods(const sqlite3_file* file) {
+  return *(file->pMethods == &databaseMethods.faulty ? databaseMethods : sideMethods).system;
+}
+
+// The system's method, or a failure.
+template <auto Method, int... Failures>
+struct Failing;
+template <class... Args, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Args...),
+          int... Failures>
+struct Failing<Method, Failures...> {
+  static int Call(sqlite3_file* file, Args... args) {
+    const OutsideCall call(sizeof...(Failures));
+    return call.Fails() ? call.Or(0, {Failures...}) : (SystemMethods(file).*Method)(file, args...);
+  }
+};
+
+int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
+  const OutsideCall call(2);
+  if (call.Fails()) {
+    std::fill_n(static_cast<char*>(bytes), size, '\0');
+    return call.Or(0, {SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ});
+  }
+  return SystemMethods(file).xRead(file, bytes, size, offset);
+}
+
+int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* flagsThen) {
+  const OutsideCall call(1);
+  if (call.Fails()) {
+    file->pMethods = nullptr;
+    return SQLITE_CANTOPEN;
+  }
+  const int result = systemVfs->xOpen(systemVfs, name, file, flags, flagsThen);
+  if (file->pMethods == nullptr) {
+    return result;
+  }
+  FileMethods& methods = (flags & SQLITE_OPEN_MAIN_DB) != 0 ? databaseMethods : sideMethods;
+  methods = {*file->pMethods, file->pMethods};
+  using Methods = sqlite3_io_methods;
+  methods.faulty.xRead = Read;
+  methods.faulty.xWrite = Failing<&Methods::xWrite, SQLITE_IOERR_WRITE, SQLITE_FULL>::Call;
+  methods.faulty.xTruncate = Failing<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE>::Call;
+  methods.faulty.xSync = Failing<&Methods::xSync, SQLITE_IOERR_FSYNC>::Call;
+  methods.faulty.xFileSize = Failing<&Methods::xFileSize, SQLITE_IOERR_FSTAT>::Call;
+  methods.faulty.xLock = Failing<&Methods::xLock, SQLITE_BUSY, SQLITE_IOERR_LOCK>::Call;
+  methods.faulty.xShmMap = Failing<&Methods::xShmMap, SQLITE_IOERR_SHMMAP, SQLITE_READONLY>::Call;
+  file->pMethods = &methods.faulty;
+  return result;
+}
+
+int Delete(sqlite3_vfs*, const char* name, int syncs) {
+  const OutsideCall call(1);
+  return call.Fails() ? SQLITE_IOERR_DELETE : systemVfs->xDelete(systemVfs, name, syncs);
+}
+
+int Access(sqlite3_vfs*, const char* name, int flags, int* result) {
+  const OutsideCall call(1);
+  return call.Fails() ? SQLITE_IOERR_ACCESS : systemVfs->xAccess(systemVfs, name, flags, result);
+}
+
+}  // namespace
+
+void LetDatabaseFilesFail() {
+  systemVfs = sqlite3_vfs_find(nullptr);
+  static sqlite3_vfs vfs;
+  vfs = *systemVfs;
+  vfs.zName = "failing";
+  vfs.xOpen = Open;
+  vfs.xDelete = Delete;
+  vfs.xAccess = Access;
+  vfs.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
+  sqlite3_vfs_register(&vfs, 1);
+}
+
+void Allocations::Begin(int64_t failing, bool isLasting) {
+  allocations = 0;
+  failingAllocation = failing;
+  allLaterFail = isLasting;
+}
+int64_t Allocations::Count() {
+  return allocations;
+}
+
+}  // namespace ostrell
+
+using ostrell::OutsideCall;
+
+void* operator new(size_t size) {
+  void* const memory = ostrell::Allocate(size);
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
+  return memory;
+}
+void* operator new[](size_t size) {
+  return operator new(size);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return ostrell::Allocate(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return ostrell::Allocate(size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+  std::free(memory);
+}
+
+// The linker's names for what it wraps.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+extern "C" {
+
+CURL* __real_curl_easy_init();
+CURL* __wrap_curl_easy_init() {
+  const OutsideCall call(1);
+  CURL* const handle = call.Fails() ? nullptr : __real_curl_easy_init();
+  ostrell::requests[handle] = {};
+  return handle;
+}
+
+CURLcode __real_curl_easy_setopt(CURL* handle, int option, ...);
+CURLcode __wrap_curl_easy_setopt(CURL* handle, int option, ...) {
+  const OutsideCall call(1);
+  va_list arguments;
+  va_start(arguments, option);
+  void* const value = va_arg(arguments, void*);  // numbers are as wide
+  va_end(arguments);
+  if (call.Fails()) {
+    return CURLE_OUT_OF_MEMORY;
+  }
+  if (option == CURLOPT_URL) {
+    ostrell::requests[handle].url = static_cast<const char*>(value);
+  } else if (option == CURLOPT_UPLOAD) {
+    ostrell::requests[handle].isPut = true;
+  }
+  return __real_curl_easy_setopt(handle, option, value);
+}
+
+// The agent's callbacks run inside: what they allocate is counted.
+CURLcode __real_curl_easy_perform(CURL* handle);
+CURLcode __wrap_curl_easy_perform(CURL* handle) {
+  {
+    const OutsideCall call(4);
+    if (call.Way() == 1) {
+      return CURLE_COULDNT_CONNECT;
+    }
+    const ostrell::Request& request = ostrell::requests[handle];
+    if (call.Fails()) {
+      // Garbage in the answer to a PUT is nothing to the agent.
+      const char* const fault = call.Or(
+          "", {"", "cut", request.isPut ? "500" : "status-500", request.isPut ? "302" : "garbage"});
+      __real_curl_easy_setopt(handle, CURLOPT_URL, FaultyUrl(request, fault).c_str());
+    }
+  }
+  return __real_curl_easy_perform(handle);
+}
+
+curl_slist* __real_curl_slist_append(curl_slist* list, const char* text);
+curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text) {
+  const OutsideCall call(1);
+  return call.Fails() ? nullptr : __real_curl_slist_append(list, text);
+}
+
+char* __real_curl_easy_escape(CURL* handle, const char* text, int length);
+char* __wrap_curl_easy_escape(CURL* handle, const char* text, int length) {
+  const OutsideCall call(1);
+  return call.Fails() ? nullptr : __real_curl_easy_escape(handle, text, length);
+}
+
+CURLU* __real_curl_url();
+CURLU* __wrap_curl_url() {
+  const OutsideCall call(1);
+  return call.Fails() ? nullptr : __real_curl_url();
+}
+
+int __real_compress(Bytef* to, uLongf* room, const Bytef* from, uLong size);
+int __wrap_compress(Bytef* to, uLongf* room, const Bytef* from, uLong size) {
+  const OutsideCall call(2);
+  return call.Fails() ? call.Or(Z_OK, {Z_MEM_ERROR, Z_BUF_ERROR})
+                      : __real_compress(to, room, from, size);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
