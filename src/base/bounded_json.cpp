@@ -1,5 +1,9 @@
 #include "base/bounded_json.h"
 
+#include <utility>
+
+#include "base/json_memory.h"
+
 namespace ostrell {
 
 size_t CountJsonElements(std::string_view text) {
@@ -22,7 +26,9 @@ JsonOwner ParseJson(std::string_view text, size_t maxElements) {
   if (text.empty() || CountJsonElements(text) > maxElements) {
     return {};
   }
-  return JsonOwner(json_loadb(text.data(), text.size(), 0, nullptr));
+  const JsonMemoryWatch memory;
+  JsonOwner value(json_loadb(text.data(), text.size(), 0, nullptr));
+  return memory.WasRefused() ? JsonOwner() : std::move(value);
 }
 
 }  // namespace ostrell

@@ -17,8 +17,8 @@ inline constexpr size_t kMaxJsonElements = size_t{1} << 18;
 // Elements of a text, which need not be JSON.
 size_t CountJsonElements(std::string_view text);
 
-// The array or object that is the whole of `text`. Nothing for damaged text, and for one of more
-// than `maxElements`, which is refused before anything is allocated.
+// The array or object that is the whole of `text`. Nothing for damaged text, without memory, and
+// for one of more than `maxElements`, which is refused before anything is allocated.
 JsonOwner ParseJson(std::string_view text, size_t maxElements = kMaxJsonElements);
 
 }  // namespace ostrell

@@ -1,5 +1,7 @@
 #include "base/bounded_json.h"
 
+#include <cstdlib>
+
 #include "tests/support/expect_recorded.h"
 
 namespace ostrell {
@@ -21,6 +23,26 @@ TEST(BoundedJson, RefusesMoreElementsThanItMayCost) {
   }
   EXPECT_TRUE(ParseJson(most + "]"));
   EXPECT_FALSE(ParseJson(most + ",1]"));
+}
+
+// jansson drops bytes of the long text where its buffer cannot grow.
+TEST(BoundedJson, IsWholeOrNothingWithoutMemory) {
+  static int left = 0;
+  json_malloc_t allocate = nullptr;
+  json_free_t release = nullptr;
+  json_get_alloc_funcs(&allocate, &release);
+  const std::string text = R"({"key":")" + std::string(5000, 'x') + R"("})";
+  int refused = 0;
+  for (std::string parsed; parsed != text; ++refused) {
+    left = refused;
+    json_set_alloc_funcs([](size_t size) { return left-- == 0 ? nullptr : std::malloc(size); },
+                         std::free);
+    const JsonOwner value = ParseJson(text);
+    json_set_alloc_funcs(allocate, release);
+    parsed = CompactText(value);
+    ASSERT_TRUE(parsed.empty() || parsed == text) << "without allocation " << refused;
+  }
+  EXPECT_GT(refused, 15);
 }
 
 }  // namespace

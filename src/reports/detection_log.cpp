@@ -13,13 +13,15 @@ void DetectionLogJob(const Run& run) {
 }
 
 int32_t SendDetectionReport(const Run& run, int64_t from, int64_t to) {
-  return SendRecords(DetectionLogUrl(OriginOf(run)), CollectDetectionRecords(run, from, to));
+  return SendRecords(DetectionLogUrl(OriginOf(run)),
+                     [&] { return CollectDetectionRecords(run, from, to); });
 }
 
 JsonOwner CollectDetectionRecords(const Run& run, int64_t from, int64_t to) {
   const JsonOwner records =
-      RunRecordQuery(run, RecordsInRangeWithIds(from, to, kReportedKinds).Get());
-  const JsonOwner submitted = RunRecordQuery(run, RecordsInRangeWithNegativeId(from, to).Get());
+      RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, to, kReportedKinds); });
+  const JsonOwner submitted =
+      RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, to); });
   if (!records) {
     return KeepDetectionRecords(submitted);
   }

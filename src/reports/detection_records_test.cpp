@@ -111,7 +111,8 @@ TEST(DetectionRecords, TextThatIsNotUtf8) {
 }
 
 TEST(SendRecords, TextThatIsNotUtf8IsNoSuccess) {
-  EXPECT_EQ(SendRecords({}, JsonOwner(json_pack("[o]", json_string_nocheck("\xFF")))), 0);
+  const auto notUtf8 = [] { return JsonOwner(json_pack("[o]", json_string_nocheck("\xFF"))); };
+  EXPECT_EQ(SendRecords({}, notUtf8), 0);
 }
 
 TEST(Fingerprints, HowManyAreRemembered) {

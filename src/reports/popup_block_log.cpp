@@ -49,7 +49,8 @@ void PopupBlockJob(const Run& run) {
 }
 
 int32_t SendPopupBlockReport(const Run& run, int64_t from, int64_t to) {
-  return SendRecords(PopupBlockLogUrl(OriginOf(run)), CollectPopupBlockEntries(run, from, to));
+  return SendRecords(PopupBlockLogUrl(OriginOf(run)),
+                     [&] { return CollectPopupBlockEntries(run, from, to); });
 }
 
 JsonOwner CollectPopupBlockEntries(const Run& run, int64_t from, int64_t to) {

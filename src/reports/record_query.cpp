@@ -1,5 +1,9 @@
 #include "reports/record_query.h"
 
+#include <utility>
+
+#include "base/json_memory.h"
+
 namespace ostrell {
 namespace {
 
@@ -38,10 +42,13 @@ JsonOwner RecordsInRangeWithNegativeId(int64_t start, int64_t end) {
                     JsonOwner(json_pack("{s:s,s:s,s:i}", "c", "<", "n", "fid", "v", 0)));
 }
 
-JsonOwner RunRecordQuery(const Run& run, json_t* descriptor) {
+JsonOwner RunRecordQuery(const Run& run, const std::function<JsonOwner()>& describe) {
   constexpr int32_t kRecordStore = 0;
+  const JsonMemoryWatch memory;
+  const JsonOwner descriptor = describe();
   const auto store = run.policydb.OpenDocument(kRecordStore, run.paths.data.utf8.CStr());
-  return UnlessEmpty(JsonOwner(store ? store->Query(descriptor) : nullptr));
+  JsonOwner records(store ? store->Query(descriptor.Get()) : nullptr);
+  return memory.WasRefused() ? JsonOwner() : UnlessEmpty(std::move(records));
 }
 
 }  // namespace ostrell

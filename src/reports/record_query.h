@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 
 #include "base/json.h"
@@ -20,8 +21,9 @@ JsonOwner RecordsInRangeWithIds(int64_t start, int64_t end, std::span<const int3
 // Of these, the records whose "fid" is below zero.
 JsonOwner RecordsInRangeWithNegativeId(int64_t start, int64_t end);
 
-// Runs a query in the record store of the product's data path. The records, at least one; nothing
-// when the store does not open, refuses the descriptor or finds no record.
-JsonOwner RunRecordQuery(const Run& run, json_t* descriptor);
+// Runs the query that `describe` describes in the record store of the product's data path. The
+// records, at least one; nothing when the store does not open, refuses the descriptor or finds no
+// record, and when memory was short meanwhile: a condition may be missing.
+JsonOwner RunRecordQuery(const Run& run, const std::function<JsonOwner()>& describe);
 
 }  // namespace ostrell

@@ -62,12 +62,13 @@ int32_t SampleJob(const Run& run, int64_t from) {
   constexpr std::array<int32_t, 2> kNetworkKinds = {31, 47};
   PathKeys handled(kMaxPathKeys);
   const JsonOwner submitted =
-      RunRecordQuery(run, RecordsInRangeWithNegativeId(from, run.now).Get());
+      RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, run.now); });
   if (!submitted) {
     return 0;
   }
   RunPass(run, submitted, SubmittedSamplePath, handled);
-  RunPass(run, RunRecordQuery(run, RecordsInRangeWithIds(from, run.now, kNetworkKinds).Get()),
+  RunPass(run,
+          RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, run.now, kNetworkKinds); }),
           NetworkProgramPath, handled);
   return 1;
 }
@@ -76,7 +77,7 @@ int32_t FalsePositiveJob(const Run& run, int64_t from) {
   constexpr std::array<int32_t, 3> kDetectionKinds = {1, 3, 4};
   PathKeys handled(kMaxPathKeys);
   const JsonOwner records =
-      RunRecordQuery(run, RecordsInRangeWithIds(from, run.now, kDetectionKinds).Get());
+      RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, run.now, kDetectionKinds); });
   if (!records) {
     return 0;
   }

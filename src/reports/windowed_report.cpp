@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/json_memory.h"
 #include "base/run_job.h"
 #include "transport/upload_report.h"
 
@@ -17,12 +18,16 @@ void RunWindowedReport(const Run& run, const ReportTime& report,
   });
 }
 
-int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url, JsonOwner records) {
+int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url,
+                    const std::function<JsonOwner()>& collect) {
+  const JsonMemoryWatch memory;
+  JsonOwner records = collect();
   if (json_array_size(records.Get()) == 0) {
     return 0;
   }
   const auto body = MakeJsonBody(std::move(records));
-  return body ? UploadReport(url.CStr(), body->text.Get(), body->length) : 0;
+  return body && !memory.WasRefused() ? UploadReport(url.CStr(), body->text.Get(), body->length)
+                                      : 0;
 }
 
 ReportOrigin OriginOf(const Run& run) {

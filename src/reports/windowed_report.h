@@ -18,9 +18,11 @@ namespace ostrell {
 void RunWindowedReport(const Run& run, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send);
 
-// Uploads an array of records as JSON. Returns 1 on success; 0 also when there is no record or the
-// text cannot be made.
-int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url, JsonOwner records);
+// Uploads the array of records that `collect` gives as JSON. Returns 1 on success; 0 also when
+// there is no record, the text cannot be made, or memory was short meanwhile and a record may lack
+// parts.
+int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url,
+                    const std::function<JsonOwner()>& collect);
 
 // Where the reports of a run go and from whom they come.
 ReportOrigin OriginOf(const Run& run);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/calendar.h"
+#include "base/json_memory.h"
 #include "env/report_schedule.h"
 #include "env/report_settings.h"
 #include "transport/report_url.h"
@@ -29,7 +30,9 @@ int64_t LastReport(const Run& run) {
 // What one collector finds. One that runs out of memory finds nothing, and the others still report.
 JsonOwner Collect(JsonOwner (*collector)(const Run&, int64_t), const Run& run, int64_t tmStart) {
   try {
-    return collector(run, tmStart);
+    const JsonMemoryWatch memory;
+    JsonOwner items = collector(run, tmStart);
+    return memory.WasRefused() ? JsonOwner() : std::move(items);
   } catch (const std::exception&) {
     return {};
   }
@@ -54,11 +57,15 @@ ReportUrl<> UrlOf(IClientIdProvider& provider) {
                           provider.SystemCode(0), provider.ProcessorClass(0));
 }
 
-// Uploads the array, which is released before. Returns the upload's result, 0 on any failure.
+// Adds what is common to all items and uploads the array, which is released before. Returns the
+// upload's result, 0 on any failure.
 int32_t Send(const Run& run, JsonOwner unified, IClientIdProvider& provider) {
   const size_t count = json_array_size(unified.Get());
+  const JsonMemoryWatch memory;
+  add_common_fields_to_unified_array(run, unified.Get(), provider,
+                                     WrappingDifference(run.now, LastReport(run)));
   const auto body = MakeJsonBody(std::move(unified));
-  if (!body) {
+  if (!body || memory.WasRefused()) {
     TraceLogger(run.traceLog, kOperation)(L"json_dumps failed for unified report array");
     return 0;
   }
@@ -98,8 +105,6 @@ bool post_unified_report(const Run& run, IClientIdProvider& provider) {
     return false;
   }
   TraceLogger(run.traceLog, kOperation)(L"Collected %u total items for unified reporting", count);
-  add_common_fields_to_unified_array(run, unified.Get(), provider,
-                                     WrappingDifference(run.now, LastReport(run)));
   if (Send(run, std::move(unified), provider) == 0) {
     return false;
   }
