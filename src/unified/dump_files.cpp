@@ -9,14 +9,16 @@
 namespace ostrell {
 namespace {
 
-constexpr int64_t kKeepDumps = 2592000;  // thirty days
+constexpr int64_t kDay = 86400;
+constexpr int64_t kKeepDumps = 30 * kDay;
 constexpr FolderMessages kCleanupFolderMessages = {
     L"GetModuleFileNameW failed during cleanup, return 0",
     L"Failed to extract directory during cleanup, return 0"};
 
 struct DumpFile {
   std::wstring name;  // without the folder
-  int64_t time;       // of its last writing
+  int64_t time;       // of its last writing, as the unified report dates it
+  int64_t written;    // the same in UTC
 };
 
 // The dumps of a folder in the order of the system's listing; says so when there are more than the
@@ -37,7 +39,8 @@ std::vector<DumpFile> DumpsOf(const Run& run, const char* operation,
     // The listing's own times can be stale while a file is open. It may have gone meanwhile.
     const auto status = run.files.Status(PathIn(directory, name));
     if (status && !status->isDirectory) {
-      dumps.push_back({name, LocalTimeSeconds(run.clock, status->lastWrite)});
+      dumps.push_back({name, LocalTimeSeconds(run.clock, status->lastWrite),
+                       SecondsFromTicks(status->lastWrite)});
     }
   });
   if (leftOut > 0) {
@@ -137,7 +140,9 @@ int32_t cleanup_old_dump_files_in_directory(const Run& run, const std::wstring& 
   const int64_t cutOff = WrappingDifference(tmNow, kKeepDumps);
   int32_t deleted = 0;
   for (const DumpFile& dump : DumpsOf(run, "cleanup_old_dump_files_in_directory", directory)) {
-    if (dump.time < cutOff && run.files.Delete(PathIn(directory, dump.name))) {
+    // A time that could not be made local looks old.
+    const bool isOld = dump.time < cutOff && dump.written < cutOff + kDay;
+    if (isOld && run.files.Delete(PathIn(directory, dump.name))) {
       ++deleted;
     }
   }

@@ -44,7 +44,7 @@ int32_t GetCrashModuleFromDump(const Run& run, const std::wstring& fileName,
 DumpSource SourceOf(const OpenFile& file);
 
 // Deletes the dumps beside the program that are more than thirty days older than `tmNow`, never
-// those above. Returns how many.
+// those above, and none whose time cannot be told. Returns how many.
 int32_t cleanup_old_dump_files(const Run& run, int64_t tmNow);
 int32_t cleanup_old_dump_files_in_directory(const Run& run, const std::wstring& directory,
                                             int64_t tmNow);

@@ -147,6 +147,7 @@ class Machine : public JobRun {
     });
     now = NumberOf(described, "now", kNow);
     clock.now = NumberOf(described, "clock", kNow);
+    clock.knowsZone = !IsFalse(described, "zone");
     if (IsTrue(described, "link")) {
       registry.texts[RegistryKeyOf("HKLM\\SOFTWARE\\Velmora\\Corvane\\Ostrell\\ReportLink")] =
           WideOf(baseUrl + "/v8");

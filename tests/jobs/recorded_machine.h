@@ -18,7 +18,8 @@ namespace ostrell {
 //   link           true: only "ReportLink" leads to that server
 //   store          false: there is none
 //   last           times of last reports by key
-//   now            the run's time, when it is not FakeRun's; clock: that of the clock behind it
+//   now            the run's time, when it is not FakeRun's; clock: that of the clock behind it;
+//                  zone: false when it makes no time local
 //   documents      of the policy database by number; the detection records are 0
 //   quarantine     its list; held: content of its files by id; restore: what a restoration returns
 //   svclink        what is not as it should be, by FakeSvclink's names
