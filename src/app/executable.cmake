@@ -5,7 +5,7 @@ set(product_folder ${CMAKE_BINARY_DIR}/product)
 configure_file(ostrell.rc.in ostrell.rc @ONLY)
 configure_file(ostrell.manifest.in ostrell.manifest @ONLY)
 
-add_executable(ostrell WIN32 main_win.cpp load_configuration.cpp
+add_executable(ostrell WIN32 main_win.cpp exception_memory.cpp load_configuration.cpp
   ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc)
 target_link_libraries(ostrell PRIVATE app)
 target_include_directories(ostrell PRIVATE ${CMAKE_CURRENT_BINARY_DIR})  # ostrell.manifest
@@ -14,7 +14,9 @@ set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc APPEND PROPERTY
   OBJECT_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ostrell.manifest)
 ostrell_copy_jansson(ostrell)
 
-target_link_options(ostrell PRIVATE -Wl,-u,kOstrellLoadConfiguration)  # nothing refers to it
+target_link_options(ostrell PRIVATE
+  -Wl,-u,kOstrellLoadConfiguration  # nothing refers to it
+  -Wl,--wrap=malloc)                # exception_memory.cpp
 set_property(TARGET ostrell APPEND PROPERTY
   LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration)
 

@@ -3,6 +3,7 @@
 #include <objbase.h>
 
 #include "app/app_module_win.h"
+#include "app/exception_memory.h"
 #include "app/process_hardening_win.h"
 #include "app/report_driver.h"
 #include "app/run_limit.h"
@@ -16,6 +17,7 @@ namespace {
 COstrellAppModule appModule;
 
 void StartUp() {
+  ReserveExceptionMemory();
   HardenProcess();
   LimitRun(kRunLimit);
   InstallCrashHandler();
