@@ -107,7 +107,7 @@ int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* fla
   methods.faulty.xSync = Failing<&Methods::xSync, SQLITE_IOERR_FSYNC>::Call;
   methods.faulty.xFileSize = Failing<&Methods::xFileSize, SQLITE_IOERR_FSTAT>::Call;
   methods.faulty.xLock = Failing<&Methods::xLock, SQLITE_BUSY, SQLITE_IOERR_LOCK>::Call;
-  methods.faulty.xShmMap = Failing<&Methods::xShmMap, SQLITE_IOERR_SHMMAP, SQLITE_READONLY>::Call;
+  methods.faulty.xShmMap = Failing<&Methods::xShmMap, SQLITE_IOERR_SHMMAP>::Call;
   file->pMethods = &methods.faulty;
   return result;
 }

@@ -54,21 +54,20 @@ class Arrivals {
       const bool isPut = request["method"] == "PUT";
       if (isPut) {
         EXPECT_EQ(request["digest"], "ok");
+        sizes[request["report"]] += request["unpacked"] + " ";
       } else {
         EXPECT_TRUE(asked.insert(AskedOf(request["target"])).second) << request["target"];
       }
       if (isPut || request["report"] == "rc1") {
-        ++arrived[request["report"]];
+        arrived.insert(request["report"]);
       }
     }
   }
   bool Has(const char* report) const { return arrived.contains(report); }
-  std::string Text() const {
-    std::string text;
-    for (const auto& [report, count] : arrived) {
-      text += " " + report + ":" + std::to_string(count);
-    }
-    return text;
+  // Of the bodies of a report, in bytes.
+  std::string SizesOf(const char* report) const {
+    const auto found = sizes.find(report);
+    return found != sizes.end() ? found->second : "";
   }
 
  private:
@@ -77,7 +76,8 @@ class Arrivals {
     return target.substr(target.find("/rc"));
   }
 
-  std::map<std::string, int> arrived;
+  std::set<std::string> arrived;
+  std::map<std::string, std::string> sizes;
 };
 
 // What the settings hold, by key.
@@ -142,8 +142,8 @@ class Torture : public testing::Test {
     std::cout << points << " points, every " << Every() << ". tried: " << runs << " runs\n";
   }
 
-  // One run as planned, judged, and the next one behind it.
-  void Try(const OutsideCallPlan& plan, int64_t allocation) {
+  // One run as planned, judged, and the next one behind it. What arrived of the first.
+  Arrivals Try(const OutsideCallPlan& plan, int64_t allocation) {
     ++runs;
     const auto machine = FreshMachine();
     const FileEntries before = machine->files.entries;
@@ -155,6 +155,7 @@ class Torture : public testing::Test {
     const Arrivals arrivals(*machine, after);
     ExpectSound(*machine, before, arrivals);
     ExpectNothingIsLost(*machine, arrivals);
+    return arrivals;
   }
 
   int64_t points = 0;
@@ -183,7 +184,7 @@ TEST_F(Torture, EveryCallFails) {
 }
 
 TEST_F(Torture, EveryAllocationFails) {
-  Try({}, 0);  // what is made once only is made now
+  const Arrivals whole = Try({}, 0);  // what is made once only is made now
   {
     const auto machine = FreshMachine();
     Allocations::Begin(0, false);
@@ -197,7 +198,11 @@ TEST_F(Torture, EveryAllocationFails) {
     for (const bool isLasting : {false, true}) {
       SCOPED_TRACE(testing::Message()
                    << "allocation " << allocation << (isLasting ? " and all later ones" : ""));
-      Try({.isLasting = isLasting}, allocation);
+      const Arrivals arrivals = Try({.isLasting = isLasting}, allocation);
+      for (const char* report : {"rc2", "rc5"}) {
+        EXPECT_TRUE(!arrivals.Has(report) || arrivals.SizesOf(report) == whole.SizesOf(report))
+            << report << " lacks parts";
+      }
     }
   }
 }
