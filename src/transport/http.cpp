@@ -36,10 +36,19 @@ BodySink AppendTo(ByteChain& chain) {
   return [&chain](std::span<const std::byte> block) { return chain.Append(block); };
 }
 
+// libcurl would make itself ready at the first transfer, and where that fails try again at the next
+// one; the part that is ready by then it would not look at, and use what was never made.
+bool IsLibraryReady() {
+  static const bool isReady = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  return isReady;
+}
+
 // One transfer. An option that libcurl does not take makes it fail before anything is sent.
 class Transfer {
  public:
-  Transfer() : handle(curl_easy_init()), result(handle ? CURLE_OK : CURLE_FAILED_INIT) {}
+  Transfer()
+      : handle(IsLibraryReady() ? curl_easy_init() : nullptr),
+        result(handle ? CURLE_OK : CURLE_FAILED_INIT) {}
 
   template <class Value>
   void Set(CURLoption option, Value value) {
