@@ -5,7 +5,9 @@
 namespace ostrell {
 
 HRESULT COstrellAppModule::Initialise() {
-  InitializeCriticalSectionAndSpinCount(&moduleLock, 0);
+  if (InitializeCriticalSectionAndSpinCount(&moduleLock, 0) == 0) {
+    return E_OUTOFMEMORY;  // only systems before Windows Vista
+  }
   mainThreadId = GetCurrentThreadId();
   settingChangeWindow = nullptr;
   messageLoopMap.reset(new (std::nothrow) MessageLoopMap);

@@ -12,7 +12,7 @@ namespace ostrell {
 class COstrellAppModule {
  public:
   // Creates the lock and the empty message-loop map and notes the calling thread as the main one.
-  // S_OK, or E_OUTOFMEMORY when the map cannot be allocated.
+  // S_OK, or E_OUTOFMEMORY when either cannot be made.
   HRESULT Initialise();
 
   // Undoes a successful Initialise().
