@@ -1,8 +1,10 @@
 #include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <iostream>
@@ -203,6 +205,43 @@ TEST_F(AttemptsTest, OfTheServer) {
     Try(std::string(entry.help), [](const Stage&) {},
         found != sent.end() ? found->second : Reports{"rc1"}, {entry.fault});
   }
+}
+
+// An account that may write neither in the data folder nor to the machine's registry: every run is
+// the first one. Wine guards no registry, so there the call fails instead.
+TEST_F(AttemptsTest, OrdinaryUser) {
+  if (!IsWholeSoak() || geteuid() != 0) {
+    GTEST_SKIP() << "whole soaks only, which root may begin";
+  }
+  const SampleProduct product(SampleProduct::Due::kAll);
+  const std::string prefix = (Victim(product).parent_path().parent_path()).string();
+  const auto shell = [](const std::string& command) {
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+  };
+  fs::copy(OSTRELL_FAULTY_CRASHSENTRY, product.BinFolder() / "crashsentry.dll",
+           fs::copy_options::overwrite_existing);
+  WriteText(product.BinFolder() / "faults.txt", "lasting RegSetValueExW 1\nRegSetValueExW 5 5\n");
+  const std::string settings = product.SettingsText();
+  StopWine();
+  shell(fmt::format("chown -R 65534 '{}' && chown -R 0 '{}' && chmod -R a-w,a+rX '{}'", prefix,
+                    product.DataFolder().string(), product.DataFolder().string()));
+  std::set<std::string> clients;
+  for (int run = 0; run < 2; ++run) {
+    AgentServer server;
+    EXPECT_EQ(RunAgent("-all", "setpriv --reuid=65534 --clear-groups env ").exitCode, 0);
+    Reports arrived;
+    for (const auto& request : server.Requests()) {
+      arrived.insert(request.report);
+      clients.insert(request.query.at("regid"));
+    }
+    EXPECT_EQ(arrived, AllBut({"rc5"}));
+    std::cout << fmt::format("ordinary user, run {}: {} requests\n", run + 1,
+                             server.Requests().size());
+  }
+  EXPECT_EQ(clients.size(), 2u);
+  EXPECT_EQ(product.SettingsText(), settings);
+  StopWine("setpriv --reuid=65534 --clear-groups ");
+  shell(fmt::format("chmod -R u+w '{0}' && chown -R 0 '{0}'", prefix));
 }
 
 }  // namespace

@@ -142,6 +142,14 @@ RunResult RunAgent(const std::string& channels, const std::string& environment) 
           std::chrono::duration_cast<std::chrono::milliseconds>(wall)};
 }
 
+void StopWine(const std::string& how) {
+  // The file names the folder where server and programs meet, which is the account's own.
+  EXPECT_EQ(RunCommand(". " + Quoted(kSource + "/cmake/distribution") +
+                       "; WINEPREFIX=" + Quoted(kPrefix) + " " + how +
+                       "\"$wineserver\" -kw; rm -f " + Quoted(kPrefix + "/wineserver")),
+            0);
+}
+
 AgentServer::AgentServer()
     : server({.store = EmptyFolder(kReceived),
               .instructions = ReadText(kSource + "/devkit/sample/instructions.json"),

@@ -50,6 +50,10 @@ struct RunResult {
 // `environment` what is to stand before the command: "NAME=value ".
 RunResult RunAgent(const std::string& channels = "-all", const std::string& environment = "");
 
+// Ends Wine's server of the tests' prefix; the next program, which another account may run, starts
+// one. `how` stands before the command.
+void StopWine(const std::string& how = "");
+
 // A server on the built-in base URL. Fails the test where the port is taken.
 class AgentServer {
  public:
