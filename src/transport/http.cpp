@@ -27,6 +27,18 @@ size_t GiveToSink(char* data, size_t size, size_t count, void* sink) noexcept {
   }
 }
 
+// Header callback, which gets the trailers of a body in chunks, too: any other result than the
+// line's length ends the transfer. libcurl itself keeps trailers without a limit.
+size_t CountHeaderLine(char*, size_t size, size_t count, void* left) noexcept {
+  auto& bytesLeft = *static_cast<size_t*>(left);
+  const size_t length = size * count;
+  if (length > bytesLeft) {
+    return 0;
+  }
+  bytesLeft -= length;
+  return length;
+}
+
 // Read callback: 0 ends the body.
 size_t TakeFromChain(char* to, size_t size, size_t count, void* chain) noexcept {
   return static_cast<ByteChain*>(chain)->Read(std::as_writable_bytes(std::span(to, size * count)));
@@ -66,6 +78,8 @@ class Transfer {
     Set(CURLOPT_FOLLOWLOCATION, 0L);
     Set(CURLOPT_PROXY, "");  // else libcurl takes one from the environment
     Set(CURLOPT_URL, url);
+    Set(CURLOPT_HEADERFUNCTION, &CountHeaderLine);
+    Set(CURLOPT_HEADERDATA, static_cast<void*>(&headerBytesLeft));
   }
 
   // Without a write callback libcurl would print the body to the standard output.
@@ -87,6 +101,7 @@ class Transfer {
   }
 
  private:
+  size_t headerBytesLeft = kMaxHeaderBytes;
   EasyHandle handle;
   CURLcode result;
 };
@@ -137,7 +152,8 @@ bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteC
   transfer.Set(CURLOPT_READDATA, &body);
   transfer.Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(body.Total()));
   transfer.SetSink(sink);
-  return transfer.Perform(statusOut);
+  // A server may answer before it has the body, which then stays here.
+  return transfer.Perform(statusOut) && body.Total() == 0;
 }
 
 std::optional<std::string> EscapeForUrl(std::string_view text) {

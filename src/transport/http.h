@@ -30,6 +30,10 @@ inline constexpr TransferLimits kUploadLimits{.total = 900, .connect = 20};
 // The most that is kept in memory of an answer.
 inline constexpr uint64_t kMaxAnswerBytes = uint64_t{4} * 1024 * 1024;
 
+// The most that the header lines of an answer may have, status lines and trailers included; more
+// ends the transfer as failed. As in later versions of libcurl.
+inline constexpr size_t kMaxHeaderBytes = size_t{300} * 1024;
+
 // Receives the body block by block, at most 16 KiB each; false, or an exception, ends the transfer
 // as failed.
 using BodySink = std::function<bool(std::span<const std::byte>)>;
@@ -50,7 +54,8 @@ int32_t GetToChain(const char* url, ByteChain& sink, int32_t* statusOut);
 
 // A PUT of all that `body` holds, which is used up, with the header lines as they stand. The
 // server's answer goes to `responseSink`, as with GetToChain; without one it is read and discarded,
-// bounded in time but not in size. Result and status as HttpGet's.
+// bounded in time but not in size. Result and status as HttpGet's, but false, too, when the server
+// answered before it had taken the whole body.
 bool HttpPut(const char* url, const std::vector<std::string>& headerLines, ByteChain& body,
              ByteChain* responseSink, int32_t* statusOut, TransferLimits limits = kUploadLimits);
 

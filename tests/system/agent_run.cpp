@@ -2,7 +2,6 @@
 
 #include <fmt/core.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,15 +32,14 @@ std::set<std::string> Lines(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), {}};
 }
 
-// Runs a command of the shell; `usage` is that of its processes.
-int RunCommand(const std::string& command, rusage* usage = nullptr) {
+int RunCommand(const std::string& command) {
   const pid_t child = fork();
   if (child == 0) {
     execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     _exit(127);
   }
   int status = 0;
-  return wait4(child, &status, 0, usage) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::string Quoted(const std::filesystem::path& path) {
@@ -131,14 +129,15 @@ void SampleProduct::Registry(const std::string& arguments) const {
 
 RunResult RunAgent(const std::string& channels, const std::string& environment) {
   const std::string trace = kPrefix + "/trace.txt";
+  const std::string peak = kPrefix + "/peak.txt";
   const auto program = InDrive("Program Files/Velmora/Corvane/bin/ostrell.exe");
-  rusage usage{};
   const auto began = std::chrono::steady_clock::now();
-  const int exitCode = RunCommand("cd / && " + environment + Wine(channels) + Quoted(program) +
-                                      " 2>" + Quoted(trace) + " >/dev/null",
-                                  &usage);
+  // What this program itself takes would count, too, were the run its child.
+  const int exitCode =
+      RunCommand("cd / && " + environment + "/usr/bin/time -q -f %M -o " + Quoted(peak) + " env " +
+                 Wine(channels) + Quoted(program) + " 2>" + Quoted(trace) + " >/dev/null");
   const auto wall = std::chrono::steady_clock::now() - began;
-  return {exitCode, ReadText(trace), int64_t{1024} * usage.ru_maxrss,
+  return {exitCode, ReadText(trace), int64_t{1024} * std::stoll("0" + ReadText(peak)),
           std::chrono::duration_cast<std::chrono::milliseconds>(wall)};
 }
 
