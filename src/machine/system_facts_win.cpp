@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include "base/print.h"
@@ -99,10 +99,16 @@ std::optional<KernelVersion> WindowsFacts::ReadKernelVersion() const {
     return std::nullopt;
   }
   const std::wstring path = directory.data() + std::wstring(L"\\System32\\ntoskrnl.exe");
-  KernelVersion version;
-  if (std::sscanf(ReadFileVersion(path.c_str()).c_str(), "%u.%u.%u.%u", &version.major,
-                  &version.minor, &version.build, &version.revision) != 4) {
+  const std::string text = ReadFileVersion(path.c_str());
+  if (text.empty()) {
     return std::nullopt;
+  }
+  KernelVersion version;
+  const char* rest = text.c_str();
+  for (uint32_t* const part : {&version.major, &version.minor, &version.build, &version.revision}) {
+    char* end = nullptr;
+    *part = static_cast<uint32_t>(std::strtoul(rest, &end, 10));
+    rest = *end == '.' ? end + 1 : end;
   }
   return version;
 }

@@ -1,6 +1,6 @@
 #include "unified/log_line.h"
 
-#include <cstdio>
+#include <cctype>
 #include <cstdlib>
 #include <ctime>
 #include <string_view>
@@ -10,18 +10,66 @@ namespace {
 
 constexpr std::string_view kPeTimeMarker = "<pe-time:";
 
+// Reads a text from its beginning as scanf does; once something is missing all is.
+class Scanner {
+ public:
+  explicit Scanner(const char* text) : rest(text) {}
+
+  // %d with a width, which counts the sign: blanks before it do not count.
+  int Number(int width) {
+    SkipBlanks();
+    const bool isNegative = *rest == '-';
+    const char* const end = rest + width;
+    rest += isNegative || *rest == '+' ? 1 : 0;
+    int number = 0;
+    const char* const digits = rest;
+    for (; rest < end && *rest >= '0' && *rest <= '9'; ++rest) {
+      number = 10 * number + (*rest - '0');
+    }
+    isMissing = isMissing || rest == digits;
+    return isNegative ? -number : number;
+  }
+  void Literal(char expected) { Take(*rest == expected); }
+  void AnyCharacter() { Take(*rest != '\0'); }
+  void SkipBlanks() {
+    while (std::isspace(static_cast<unsigned char>(*rest)) != 0) {
+      ++rest;
+    }
+  }
+
+  bool IsMissing() const { return isMissing; }
+
+ private:
+  void Take(bool isThere) {
+    isMissing = isMissing || !isThere;
+    rest += isMissing ? 0 : 1;
+  }
+
+  const char* rest;
+  bool isMissing = false;
+};
+
 }  // namespace
 
 std::optional<int64_t> LogLineTime(const std::string& line) {
+  // "[%04d%c%02d%c%02d %02d:%02d:%02d". The compiler's own sscanf allocates, and does not look
+  // whether it got anything.
   std::tm time{};
-  char separators[2];
-  if (std::sscanf(line.c_str(), "[%04d%c%02d%c%02d %02d:%02d:%02d", &time.tm_year, &separators[0],
-                  &time.tm_mon, &separators[1], &time.tm_mday, &time.tm_hour, &time.tm_min,
-                  &time.tm_sec) != 8) {
+  Scanner scanner(line.c_str());
+  scanner.Literal('[');
+  time.tm_year = scanner.Number(4) - 1900;
+  scanner.AnyCharacter();
+  time.tm_mon = scanner.Number(2) - 1;
+  scanner.AnyCharacter();
+  time.tm_mday = scanner.Number(2);
+  time.tm_hour = scanner.Number(2);
+  scanner.Literal(':');
+  time.tm_min = scanner.Number(2);
+  scanner.Literal(':');
+  time.tm_sec = scanner.Number(2);
+  if (scanner.IsMissing()) {
     return std::nullopt;
   }
-  time.tm_year -= 1900;
-  time.tm_mon -= 1;
   time.tm_isdst = -1;
   return std::mktime(&time);
 }
