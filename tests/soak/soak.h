@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
+#include <string>
 
 namespace ostrell {
 
@@ -10,6 +12,13 @@ namespace ostrell {
 // repeats.
 inline bool IsWholeSoak() {
   return std::getenv("OSTRELL_SOAK") != nullptr;
+}
+
+// A line of protsvc.log that is reported.
+inline std::string FailureAt(std::time_t time) {
+  char text[64];
+  return {text, std::strftime(text, sizeof text, "[%Y-%m-%d %H:%M:%S] 0 failed\n",
+                              std::localtime(&time))};
 }
 
 // Of many points: every which one is tried.
