@@ -27,7 +27,7 @@ namespace ostrell {
 void ReserveExceptionMemory() {
   refusesOnce = true;
   try {
-    throw refusesOnce;  // from the reserve
+    throw true;  // from the reserve
   } catch (bool) {
     refusesOnce = false;
   }

@@ -84,71 +84,68 @@ void PlantJournal(const SampleProduct& product) {
   WriteText(product.DataFolder() / "adblkuser.db-journal", journal);
 }
 
-const std::vector<Attempt>& Attempts() {
-  static const std::vector<Attempt> attempts = {
-      {"proxies in the environment",
-       [](const Stage& stage) {
-         for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "ALL_PROXY"}) {
-           stage.environment += fmt::format("{}=http://127.0.0.1:9 ", name);
-         }
-       }},
-      {"libraries along the path",
-       [](const Stage& stage) {
-         const fs::path folder = stage.product.DataFolder() / "planted";
-         fs::create_directory(folder);
-         for (const char* name : {"jansson.dll", "policydb.dll", "secur32.dll", "dbghelp.dll"}) {
-           WriteText(folder / name, "no library");
-         }
-         stage.environment += "WINEPATH='" + folder.string() + "' ";
-       }},
-      {"recorded paths to pipes, devices, shares, folders, streams",
-       [](const Stage& stage) {
-         SubmitPaths(stage.product,
-                     {R"(\\.\pipe\victim)", R"(\\.\PhysicalDrive0)", R"(\\127.0.0.1\victim\a)",
-                      R"(\\?\GLOBALROOT\victim)", R"(C:\victim.txt:victim)", "NUL", "CON",
-                      R"(C:\Windows)", R"(C:\*)", "C:\\victim" + std::string(300, 'x'), "", "\n"});
-       }},
-      {"a journal that names the victim", [](const Stage& stage) { PlantJournal(stage.product); },
-       AllBut({"rc5"})},
-      {"a database of garbage",
-       [](const Stage& stage) {
-         WriteText(stage.product.DataFolder() / "adblkuser.db", std::string(100000, 'v'));
-       },
-       AllBut({"rc5"})},
-      {"times as far as they go",
-       [](const Stage& stage) {
-         stage.product.Set("int64", "rpttm_li", std::numeric_limits<int64_t>::min());
-         stage.product.Set("int64", "rpttm_localinfo", std::numeric_limits<int64_t>::max());
-       },
-       AllBut({"rc7"})},
-      {"a version of a megabyte",
-       [](const Stage& stage) {
-         WriteText(stage.product.InstallFolder() / "VERSION", std::string(1 << 20, '9'));
-       },
-       AllBut({"rc1"})},
-      {"a document of brackets",
-       [](const Stage& stage) {
-         WriteText(stage.product.DataFolder() / "documents/25.json", std::string(1 << 20, '['));
-       }},
-      {"statistics whose length lies",
-       [](const Stage& stage) {
-         WriteText(stage.product.DataFolder() / "tallyx5.dat", std::string(16, '\xFF') + "x");
-       },
-       AllBut({"rc4"})},
-      {"dumps whose lists lie",
-       [](const Stage& stage) {
-         for (int i = 0; i < 200; ++i) {
-           WriteText(stage.product.BinFolder() / fmt::format("{}.dmp", i),
-                     "MDMP" + std::string(300, '\xFF'));
-         }
-       }},
-      {"a log of one line",
-       [](const Stage& stage) {
-         WriteText(stage.product.BinFolder() / "protsvc.log", std::string(64 << 20, '['));
-       }},
-  };
-  return attempts;
-}
+const Attempt kAttempts[] = {
+    {"proxies in the environment",
+     [](const Stage& stage) {
+       for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "ALL_PROXY"}) {
+         stage.environment += fmt::format("{}=http://127.0.0.1:9 ", name);
+       }
+     }},
+    {"libraries along the path",
+     [](const Stage& stage) {
+       const fs::path folder = stage.product.DataFolder() / "planted";
+       fs::create_directory(folder);
+       for (const char* name : {"jansson.dll", "policydb.dll", "secur32.dll", "dbghelp.dll"}) {
+         WriteText(folder / name, "no library");
+       }
+       stage.environment += "WINEPATH='" + folder.string() + "' ";
+     }},
+    {"recorded paths to pipes, devices, shares, folders, streams",
+     [](const Stage& stage) {
+       SubmitPaths(stage.product,
+                   {R"(\\.\pipe\victim)", R"(\\.\PhysicalDrive0)", R"(\\127.0.0.1\victim\a)",
+                    R"(\\?\GLOBALROOT\victim)", R"(C:\victim.txt:victim)", "NUL", "CON",
+                    R"(C:\Windows)", R"(C:\*)", "C:\\victim" + std::string(300, 'x'), "", "\n"});
+     }},
+    {"a journal that names the victim", [](const Stage& stage) { PlantJournal(stage.product); },
+     AllBut({"rc5"})},
+    {"a database of garbage",
+     [](const Stage& stage) {
+       WriteText(stage.product.DataFolder() / "adblkuser.db", std::string(100000, 'v'));
+     },
+     AllBut({"rc5"})},
+    {"times as far as they go",
+     [](const Stage& stage) {
+       stage.product.Set("int64", "rpttm_li", std::numeric_limits<int64_t>::min());
+       stage.product.Set("int64", "rpttm_localinfo", std::numeric_limits<int64_t>::max());
+     },
+     AllBut({"rc7"})},
+    {"a version of a megabyte",
+     [](const Stage& stage) {
+       WriteText(stage.product.InstallFolder() / "VERSION", std::string(1 << 20, '9'));
+     },
+     AllBut({"rc1"})},
+    {"a document of brackets",
+     [](const Stage& stage) {
+       WriteText(stage.product.DataFolder() / "documents/25.json", std::string(1 << 20, '['));
+     }},
+    {"statistics whose length lies",
+     [](const Stage& stage) {
+       WriteText(stage.product.DataFolder() / "tallyx5.dat", std::string(16, '\xFF') + "x");
+     },
+     AllBut({"rc4"})},
+    {"dumps whose lists lie",
+     [](const Stage& stage) {
+       for (int i = 0; i < 200; ++i) {
+         WriteText(stage.product.BinFolder() / fmt::format("{}.dmp", i),
+                   "MDMP" + std::string(300, '\xFF'));
+       }
+     }},
+    {"a log of one line",
+     [](const Stage& stage) {
+       WriteText(stage.product.BinFolder() / "protsvc.log", std::string(64 << 20, '['));
+     }},
+};
 
 class AttemptsTest : public testing::Test {
  protected:
@@ -179,9 +176,8 @@ class AttemptsTest : public testing::Test {
 };
 
 TEST_F(AttemptsTest, OnTheMachine) {
-  const auto& attempts = Attempts();
-  for (size_t i = 0; i < attempts.size(); i += SoakStep(5)) {
-    Try(attempts[i]);
+  for (size_t i = 0; i < std::size(kAttempts); i += SoakStep(5)) {
+    Try(kAttempts[i]);
   }
 }
 

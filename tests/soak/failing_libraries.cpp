@@ -36,7 +36,7 @@ void* Allocate(size_t size) {
   return std::malloc(size);
 }
 
-[[maybe_unused]] const bool isJanssonCounted = [] {
+[[maybe_unused]] const bool kIsJanssonCounted = [] {
   json_set_alloc_funcs(Allocate, std::free);
   return true;
 }();

@@ -13,7 +13,6 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tests/soak/soak.h"
@@ -160,7 +159,8 @@ class ImportFaults : public testing::Test {
     std::set<std::string> arrived;
     std::multiset<std::string> seen;
     auto requests = server->Requests();
-    requests.erase(requests.begin(), requests.begin() + std::exchange(looked, requests.size()));
+    requests.erase(requests.begin(), requests.begin() + looked);
+    looked += std::ssize(requests);
     for (const auto& request : requests) {
       std::string shape = request.method + request.report;
       for (const auto& [key, value] : request.query) {
@@ -215,7 +215,7 @@ class ImportFaults : public testing::Test {
   const fs::path kept = fs::temp_directory_path() / fmt::format("ostrell_faults_{}", getpid());
   Content before;
   std::map<std::string, std::optional<int64_t>> timesBefore;
-  size_t looked = 0;  // requests
+  ptrdiff_t looked = 0;  // requests
   int64_t runs = 0;
 };
 

@@ -152,7 +152,7 @@ class Torture : public testing::Test {
     OutsideCall::Begin(plan);
     RunAll(*machine);
     OutsideCall::End();
-    const Arrivals arrivals(*machine, after);
+    Arrivals arrivals(*machine, after);
     ExpectSound(*machine, before, arrivals);
     ExpectNothingIsLost(*machine, arrivals);
     return arrivals;

@@ -93,7 +93,7 @@ std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_vie
   return requests;
 }
 
-const std::string& LastNumber() {
+std::string LastNumber() {
   return lastNumber;
 }
 

@@ -34,7 +34,7 @@ std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_vie
 std::string BodyOf(const ReceivedRequest& request);
 
 // The number of the newest request that these calls have seen.
-const std::string& LastNumber();
+std::string LastNumber();
 
 // "GET 200, PUT 200".
 std::string StepsOf(std::vector<ReceivedRequest> requests);
