@@ -12,13 +12,14 @@ JsonOwner TimeRange(int64_t start, int64_t end) {
                              json_int_t{start}, "r", json_int_t{end}));
 }
 
-// The conditions are an array; one that could not be made is left out.
+// The conditions are an array; one that could not be made is left out. A packing that fails
+// half-way takes nothing over ("O", not "o").
 JsonOwner Descriptor(JsonOwner first, JsonOwner second = {}) {
   JsonOwner conditions(json_array());
   json_array_append_new(conditions.Get(), first.Release());
   json_array_append_new(conditions.Get(), second.Release());
-  return conditions ? JsonOwner(json_pack("{s:o, s:[{s:s, s:s}]}", "c", conditions.Release(), "o",
-                                          "n", "ts", "t", "DESC"))
+  return conditions ? JsonOwner(json_pack("{s:O, s:[{s:s, s:s}]}", "c", conditions.Get(), "o", "n",
+                                          "ts", "t", "DESC"))
                     : JsonOwner();
 }
 
@@ -33,8 +34,8 @@ JsonOwner RecordsInRangeWithIds(int64_t start, int64_t end, std::span<const int3
   for (const int32_t id : ids) {
     json_array_append_new(list.Get(), json_integer(id));
   }
-  return Descriptor(TimeRange(start, end), JsonOwner(json_pack("{s:s,s:s,s:o}", "c", "in", "n",
-                                                               "fid", "v", list.Release())));
+  return Descriptor(TimeRange(start, end),
+                    JsonOwner(json_pack("{s:s,s:s,s:O}", "c", "in", "n", "fid", "v", list.Get())));
 }
 
 JsonOwner RecordsInRangeWithNegativeId(int64_t start, int64_t end) {
