@@ -21,7 +21,7 @@ constexpr char kTable[] =
     "Text);";
 constexpr char kIndex[] = "CREATE INDEX idx_BlockItemLog_ts_group_item ON BlockItemLog(ts);";
 
-enum class Fault { kNone, kRead, kEmptyRead, kBadPage, kLock, kAllocation };
+enum class Fault { kNone, kOpen, kRead, kEmptyRead, kBadPage, kWrite, kLock, kAllocation };
 
 // Which call of a kind fails, counted from 1, and whether all behind it fail, too. Of a bad page it
 // is the page whose reading always fails.
@@ -165,6 +165,10 @@ int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
 }
 
 int OpenFaulty(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* flagsThen) {
+  if (Fails(Fault::kOpen)) {
+    file->pMethods = nullptr;
+    return SQLITE_CANTOPEN;
+  }
   const int result = systemVfs->xOpen(systemVfs, name, file, flags, flagsThen);
   if (result != SQLITE_OK) {
     return result;
@@ -172,6 +176,12 @@ int OpenFaulty(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, in
   FileMethods& methods = (flags & SQLITE_OPEN_MAIN_DB) != 0 ? databaseMethods : sideMethods;
   methods = {file->pMethods, *file->pMethods};
   methods.faulty.xRead = Read;
+  methods.faulty.xWrite = [](sqlite3_file* to, const void* bytes, int size, sqlite3_int64 offset) {
+    return Fails(Fault::kWrite) ? SQLITE_FULL : SystemMethods(to).xWrite(to, bytes, size, offset);
+  };
+  methods.faulty.xTruncate = [](sqlite3_file* cut, sqlite3_int64 size) {
+    return Fails(Fault::kWrite) ? SQLITE_IOERR_TRUNCATE : SystemMethods(cut).xTruncate(cut, size);
+  };
   methods.faulty.xSync = [](sqlite3_file*, int) { return SQLITE_OK; };  // as fast as memory
   methods.faulty.xLock = [](sqlite3_file* locked, int level) {
     return Fails(Fault::kLock) ? SQLITE_BUSY : SystemMethods(locked).xLock(locked, level);
@@ -245,7 +255,8 @@ class RecordStoreFaultTest : public RecordStoreTest {
   sqlite3_vfs vfs{};
 };
 
-// A read, a lock or an allocation that fails may cost a report, never the rows.
+// An opening, a reading, a writing, a lock or an allocation that fails may cost a report, never the
+// rows.
 TEST_F(RecordStoreFaultTest, NoFaultLosesRows) {
   for (const char* settings : {"", "PRAGMA journal_mode=WAL;", "PRAGMA encoding='UTF-16';"}) {
     // The rows are in the database or in its log.
@@ -254,7 +265,9 @@ TEST_F(RecordStoreFaultTest, NoFaultLosesRows) {
     fs::remove(folder / "items.db-shm");
     for (const bool lasts : {false, true}) {
       SCOPED_TRACE(std::string(settings) + (lasts ? " lasting" : " once"));
+      EXPECT_GT(FailEach(Fault::kOpen, lasts), 0);
       EXPECT_GT(FailEach(Fault::kRead, lasts), 4);
+      EXPECT_GT(FailEach(Fault::kWrite, lasts), 0);
       EXPECT_GT(FailEach(Fault::kLock, lasts), 4);
       EXPECT_GT(FailEach(Fault::kAllocation, lasts), 100);
     }

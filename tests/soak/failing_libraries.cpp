@@ -3,10 +3,8 @@
 #define CURL_DISABLE_TYPECHECK
 #include <curl/curl.h>
 #include <jansson.h>
-#include <sqlite3.h>
 #include <zlib.h>
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstdlib>
 #include <map>
@@ -55,86 +53,7 @@ std::string FaultyUrl(const Request& request, const char* fault) {
          request.url.substr(path);
 }
 
-sqlite3_vfs* systemVfs = nullptr;
-
-// An open file of SQLite: its methods with faults stand in the place of the system's.
-struct FileMethods {
-  sqlite3_io_methods faulty{};
-  const sqlite3_io_methods* system = nullptr;
-} databaseMethods, sideMethods;
-
-const sqlite3_io_methods& SystemMethods(const sqlite3_file* file) {
-  return *(file->pMethods == &databaseMethods.faulty ? databaseMethods : sideMethods).system;
-}
-
-// The system's method, or a failure.
-template <auto Method, int... Failures>
-struct Failing;
-template <class... Args, int (*sqlite3_io_methods::*Method)(sqlite3_file*, Args...),
-          int... Failures>
-struct Failing<Method, Failures...> {
-  static int Call(sqlite3_file* file, Args... args) {
-    const OutsideCall call(sizeof...(Failures));
-    return call.Fails() ? call.Or(0, {Failures...}) : (SystemMethods(file).*Method)(file, args...);
-  }
-};
-
-int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
-  const OutsideCall call(2);
-  if (call.Fails()) {
-    std::fill_n(static_cast<char*>(bytes), size, '\0');
-    return call.Or(0, {SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ});
-  }
-  return SystemMethods(file).xRead(file, bytes, size, offset);
-}
-
-int Open(sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* flagsThen) {
-  const OutsideCall call(1);
-  if (call.Fails()) {
-    file->pMethods = nullptr;
-    return SQLITE_CANTOPEN;
-  }
-  const int result = systemVfs->xOpen(systemVfs, name, file, flags, flagsThen);
-  if (file->pMethods == nullptr) {
-    return result;
-  }
-  FileMethods& methods = (flags & SQLITE_OPEN_MAIN_DB) != 0 ? databaseMethods : sideMethods;
-  methods = {*file->pMethods, file->pMethods};
-  using Methods = sqlite3_io_methods;
-  methods.faulty.xRead = Read;
-  methods.faulty.xWrite = Failing<&Methods::xWrite, SQLITE_IOERR_WRITE, SQLITE_FULL>::Call;
-  methods.faulty.xTruncate = Failing<&Methods::xTruncate, SQLITE_IOERR_TRUNCATE>::Call;
-  methods.faulty.xSync = Failing<&Methods::xSync, SQLITE_IOERR_FSYNC>::Call;
-  methods.faulty.xFileSize = Failing<&Methods::xFileSize, SQLITE_IOERR_FSTAT>::Call;
-  methods.faulty.xLock = Failing<&Methods::xLock, SQLITE_BUSY, SQLITE_IOERR_LOCK>::Call;
-  methods.faulty.xShmMap = Failing<&Methods::xShmMap, SQLITE_IOERR_SHMMAP>::Call;
-  file->pMethods = &methods.faulty;
-  return result;
-}
-
-int Delete(sqlite3_vfs*, const char* name, int syncs) {
-  const OutsideCall call(1);
-  return call.Fails() ? SQLITE_IOERR_DELETE : systemVfs->xDelete(systemVfs, name, syncs);
-}
-
-int Access(sqlite3_vfs*, const char* name, int flags, int* result) {
-  const OutsideCall call(1);
-  return call.Fails() ? SQLITE_IOERR_ACCESS : systemVfs->xAccess(systemVfs, name, flags, result);
-}
-
 }  // namespace
-
-void LetDatabaseFilesFail() {
-  systemVfs = sqlite3_vfs_find(nullptr);
-  static sqlite3_vfs vfs;
-  vfs = *systemVfs;
-  vfs.zName = "failing";
-  vfs.xOpen = Open;
-  vfs.xDelete = Delete;
-  vfs.xAccess = Access;
-  vfs.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
-  sqlite3_vfs_register(&vfs, 1);
-}
 
 void Allocations::Begin(int64_t failing, bool isLasting) {
   allocations = 0;

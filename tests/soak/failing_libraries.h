@@ -11,10 +11,8 @@ namespace ostrell {
 //   curl_easy_perform   not connected; or the local report server misbehaves at this request: the
 //                       answer is cut, has status 500, is garbage
 //   compress            no memory, no room
-//   every access of SQLite to a file   an I/O error; nothing to read, no space, a lock that is held
-
-// Puts the files of SQLite below OutsideCall; it waits for no lock any more. Once a process.
-void LetDatabaseFilesFail();
+//
+// SQLite's files and memory fail in record_store_test.cpp.
 
 // The agent's own allocations, by operator new and by jansson, while OutsideCall counts.
 class Allocations {

@@ -111,7 +111,8 @@ void ExpectNothingIsLost(JobRun& machine, const Arrivals& first) {
 
 using FileEntries = std::map<std::wstring, FakeFiles::Entry>;
 
-// What holds after every run on a machine that had those files.
+// What holds after every run on a machine that had those files. That all objects and handles are
+// released by then the machine itself expects at its end.
 void ExpectSound(JobRun& machine, const FileEntries& before, const Arrivals& arrivals) {
   std::set<std::string> keys;
   for (const auto& [key, time] : machine.store.written) {
@@ -125,9 +126,6 @@ void ExpectSound(JobRun& machine, const FileEntries& before, const Arrivals& arr
     EXPECT_TRUE(machine.files.entries.contains(path) || kDeletable.contains(path))
         << Utf8FromWide(path) << " is gone";
   }
-  EXPECT_EQ(machine.policydb.live, 0);
-  EXPECT_EQ(machine.svclink.live, 0);
-  EXPECT_EQ(machine.events.open, 0);
 }
 
 // Every which point is tried.
@@ -137,7 +135,6 @@ int64_t Every() {
 
 class Torture : public testing::Test {
  protected:
-  static void SetUpTestSuite() { LetDatabaseFilesFail(); }
   void TearDown() override {
     std::cout << points << " points, every " << Every() << ". tried: " << runs << " runs\n";
   }
