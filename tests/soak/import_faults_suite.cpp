@@ -130,6 +130,7 @@ class ImportFaults : public testing::Test {
   // Every call that can fail, as a run counts them.
   std::vector<Point> Points() {
     Run("count", {"none", 0});
+    EXPECT_EQ(Recorded().size(), kReportOfKey.size());
     std::vector<Point> points;
     std::istringstream lines(ReadText(product->BinFolder() / "calls.txt"));
     for (std::string line; std::getline(lines, line);) {
