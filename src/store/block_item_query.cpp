@@ -22,7 +22,8 @@ constexpr Comparison kSingleValueComparisons[] = {
 };
 
 void Gather(json_t* value, BlockItemQuery& query) {
-  query.values.emplace_back(json_incref(value));
+  JsonOwner held(json_incref(value));  // the list may not grow
+  query.values.push_back(std::move(held));
 }
 
 bool AppendRange(const json_t* operand, BlockItemQuery& query) {
