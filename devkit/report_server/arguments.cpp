@@ -20,23 +20,25 @@ namespace {
 constexpr int kUsageError = 2;
 
 constexpr std::string_view kHelp =
-    R"(Usage: report_server [--port N] [--store DIR] [--fault NAME]... [--instructions FILE]
-                     [--known FILE] [--exec COMMAND ARG...]
+    R"(Usage: report_server [--port N] [--view-port N] [--store DIR] [--fault NAME]...
+                     [--instructions FILE] [--known FILE] [--exec COMMAND ARG...]
 
 Local report server: HTTPS on 127.0.0.1 with a certificate made at start. Serves until SIGTERM or
 SIGINT; with --exec until the command ends.
 
   --port N             port, default 18443; 0 takes a free one
+  --view-port N        port of the page that shows what came in, plain HTTP on 127.0.0.1; a free
+                       one is taken without it
   --store DIR          keep every request in DIR: NNNN.request, NNNN.body, requests.jsonl
   --fault NAME         misbehave on every request that the fault concerns; can be repeated
   --instructions FILE  JSON document that rc1 is answered with
   --known FILE         SHA-1 digests of known samples, one a line, upper-case hexadecimal
-  --exec COMMAND...    run the command with OSTRELL_TEST_SERVER=https://127.0.0.1:PORT and exit with
-                       its code (128 + N when signal N ended it, 127 when it cannot be started)
+  --exec COMMAND...    run the command with OSTRELL_TEST_SERVER=https://127.0.0.1:PORT and
+                       OSTRELL_TEST_VIEWER, the page's address, and exit with its code (128 + N
+                       when signal N ended it, 127 when it cannot be started)
   --help               this text
 
 A request to /fault/NAME/PATH has that fault and no other; /fault/none/PATH has none.
-GET /requests lists what was received.
 
 Exit codes: 0 ended by a signal, 2 wrong arguments, 3 the server cannot start (the port is taken).
 
@@ -63,11 +65,10 @@ bool ReadFile(const char* path, std::string& text) {
   return (file.is_open() && !file.bad()) || Refuse("cannot read", path);
 }
 
-bool TakePort(std::string_view text, ReportServerOptions& options) {
+bool TakePort(std::string_view text, int& port) {
   const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, options.port);
-  const bool isPort =
-      error == std::errc() && stop == end && options.port >= 0 && options.port <= 65535;
+  const auto [stop, error] = std::from_chars(text.data(), end, port);
+  const bool isPort = error == std::errc() && stop == end && port >= 0 && port <= 65535;
   return isPort || Refuse("not a port", text);
 }
 
@@ -105,18 +106,25 @@ bool TakeKnown(const char* path, ReportServerOptions& options) {
 }  // namespace
 
 std::variant<Arguments, int> ParseArguments(int argc, char** argv) {
-  constexpr option kOptions[] = {
-      {"port", required_argument, nullptr, 'p'},  {"store", required_argument, nullptr, 's'},
-      {"fault", required_argument, nullptr, 'f'}, {"instructions", required_argument, nullptr, 'i'},
-      {"known", required_argument, nullptr, 'k'}, {"exec", no_argument, nullptr, 'e'},
-      {"help", no_argument, nullptr, 'h'},        {}};
+  constexpr option kOptions[] = {{"port", required_argument, nullptr, 'p'},
+                                 {"store", required_argument, nullptr, 's'},
+                                 {"fault", required_argument, nullptr, 'f'},
+                                 {"instructions", required_argument, nullptr, 'i'},
+                                 {"known", required_argument, nullptr, 'k'},
+                                 {"exec", no_argument, nullptr, 'e'},
+                                 {"help", no_argument, nullptr, 'h'},
+                                 {"view-port", required_argument, nullptr, 'v'},
+                                 {}};
   Arguments arguments;
   bool isRight = true;
   bool hasCommand = false;
   while (isRight && !hasCommand) {
     switch (getopt_long(argc, argv, "+", kOptions, nullptr)) {
       case 'p':
-        isRight = TakePort(optarg, arguments.options);
+        isRight = TakePort(optarg, arguments.options.port);
+        break;
+      case 'v':
+        isRight = TakePort(optarg, arguments.viewPort);
         break;
       case 's':
         arguments.options.store = optarg;

@@ -11,6 +11,7 @@ namespace ostrell {
 // The command line of the program.
 struct Arguments {
   ReportServerOptions options;
+  int viewPort = 0;                  // of the page; 0 takes a free one
   std::vector<std::string> command;  // to be run while the server serves; empty: none
 };
 

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <optional>
-#include <string_view>
 #include <system_error>
 
 #include "base/owner.h"
@@ -40,15 +39,18 @@ struct SpawnAttributesTraits {
   static void Close(Handle attributes) noexcept { posix_spawnattr_destroy(attributes); }
 };
 
-std::vector<std::string> EnvironmentWith(const std::string& serverUrl) {
-  constexpr std::string_view kVariable = "OSTRELL_TEST_SERVER=";
+// "NAME=value", with `added` in place of those of the same names.
+std::vector<std::string> EnvironmentWith(const std::map<std::string, std::string>& added) {
   std::vector<std::string> variables;
   for (char** variable = environ; *variable != nullptr; ++variable) {
-    if (!std::string_view(*variable).starts_with(kVariable)) {
-      variables.emplace_back(*variable);
+    const std::string text(*variable);
+    if (!added.contains(text.substr(0, text.find('=')))) {
+      variables.push_back(text);
     }
   }
-  variables.push_back(std::string(kVariable) + serverUrl);
+  for (const auto& [name, value] : added) {
+    variables.push_back(name + "=" + value);
+  }
   return variables;
 }
 
@@ -96,8 +98,9 @@ void WaitForEnd() {
   }
 }
 
-int RunCommand(const std::vector<std::string>& command, const std::string& serverUrl) {
-  const std::optional<pid_t> child = Start(command, EnvironmentWith(serverUrl));
+int RunCommand(const std::vector<std::string>& command,
+               const std::map<std::string, std::string>& variables) {
+  const std::optional<pid_t> child = Start(command, EnvironmentWith(variables));
   if (!child) {
     return kCannotStart;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,10 @@ void HoldSignals();
 // Returns when SIGTERM or SIGINT has come.
 void WaitForEnd();
 
-// Runs `command` with OSTRELL_TEST_SERVER set to `serverUrl` and returns its exit code: 128 + N
+// Runs `command` with these variables in its environment and returns its exit code: 128 + N
 // when signal N ended it; 127, after one line on stderr, when it cannot be started. SIGTERM is
 // passed on to it; SIGINT is left to it, as a terminal sends that to both.
-int RunCommand(const std::vector<std::string>& command, const std::string& serverUrl);
+int RunCommand(const std::vector<std::string>& command,
+               const std::map<std::string, std::string>& variables);
 
 }  // namespace ostrell

@@ -50,13 +50,18 @@ std::optional<Fault> FaultNamed(std::string_view name) {
   return found->fault;
 }
 
+std::string_view NameOf(Fault fault) {
+  return kFaults[static_cast<size_t>(fault)].name;
+}
+
 bool ActiveFaults::Acts(Fault fault) {
-  if (std::ranges::find(on, fault) == on.end()) {
-    return false;
+  const auto [found, isFirst] = decided.try_emplace(fault, false);
+  if (isFirst && isOn(fault)) {
+    found->second = true;
+    acted += acted.empty() ? "" : ",";
+    acted += NameOf(fault);
   }
-  acted += acted.empty() ? "" : ",";
-  acted += kFaults[static_cast<size_t>(fault)].name;
-  return true;
+  return found->second;
 }
 
 }  // namespace ostrell

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace ostrell {
 
@@ -47,22 +49,26 @@ struct FaultEntry {
 // Every fault once, in the order of the enumeration.
 std::span<const FaultEntry> AllFaults();
 
+std::string_view NameOf(Fault fault);
+
 // Nothing for a name that is not in the table.
 std::optional<Fault> FaultNamed(std::string_view name);
 
-// The faults that are switched on for one request, and which of them acted.
+// The faults of one request, and which of them acted.
 class ActiveFaults {
  public:
-  explicit ActiveFaults(std::vector<Fault> switchedOn) : on(std::move(switchedOn)) {}
+  // `decides` is asked at most once for each fault that concerns the request.
+  explicit ActiveFaults(std::function<bool(Fault)> decides) : isOn(std::move(decides)) {}
 
-  // True when `fault` is switched on; the caller then does what it says.
+  // True when `fault` is to act; the caller then does what it says.
   bool Acts(Fault fault);
 
   // The names of those that acted, separated by commas; empty when none did.
   std::string Acted() const { return acted; }
 
  private:
-  std::vector<Fault> on;
+  std::function<bool(Fault)> isOn;
+  std::map<Fault, bool> decided;
   std::string acted;
 };
 

@@ -7,6 +7,7 @@
 #include "devkit/report_server/arguments.h"
 #include "devkit/report_server/command.h"
 #include "devkit/report_server/report_server.h"
+#include "devkit/viewer/viewer.h"
 
 namespace {
 
@@ -20,16 +21,19 @@ int Run(int argc, char** argv) {
   ostrell::HoldSignals();
   ostrell::ReportServer server(std::move(arguments.options));
   std::string why;
-  if (!server.Start(&why)) {
+  ostrell::Viewer viewer(server);
+  if (!server.Start(&why) || !viewer.Start(arguments.viewPort, &why)) {
     std::fprintf(stderr, "report_server: %s\n", why.c_str());
     return kCannotServe;
   }
   if (!arguments.command.empty()) {
-    return ostrell::RunCommand(arguments.command, server.Url());
+    return ostrell::RunCommand(arguments.command, {{"OSTRELL_TEST_SERVER", server.Url()},
+                                                   {"OSTRELL_TEST_VIEWER", viewer.Url()}});
   }
-  std::printf("listening on %s\n", server.Url().c_str());
+  std::printf("listening on %s, page at %s\n", server.Url().c_str(), viewer.Url().c_str());
   std::fflush(stdout);
   ostrell::WaitForEnd();
+  server.Stop();  // first: calls of the page wait for changes
   return 0;
 }
 

@@ -31,8 +31,9 @@ std::string Md5Hex(std::string_view bytes) {
   return UpperHex(std::as_bytes(std::span(digest.data(), length)));
 }
 
-// True when `packed` is one whole zlib stream; `unpacked` receives what came out in any case.
-bool Unpack(std::string_view packed, std::string& unpacked) {
+}  // namespace
+
+bool UnpackBody(std::string_view packed, std::string& unpacked) {
   if (packed.size() > std::numeric_limits<uInt>::max()) {
     return false;
   }
@@ -54,12 +55,10 @@ bool Unpack(std::string_view packed, std::string& unpacked) {
   return result == Z_STREAM_END && stream.avail_in == 0 && unpacked.size() <= kMaxUnpackedBytes;
 }
 
-}  // namespace
-
 PackedBodyCheck CheckPackedBody(std::string_view body, const ExpectedBody& expected) {
   PackedBodyCheck check;
   check.digestMatches = Md5Hex(body) == expected.digest;
-  check.isZlib = Unpack(body, check.unpacked);
+  check.isZlib = UnpackBody(body, check.unpacked);
   if (expected.isJson) {
     const JsonOwner document(json_loadb(check.unpacked.data(), check.unpacked.size(), 0, nullptr));
     check.isJson = static_cast<bool>(document);

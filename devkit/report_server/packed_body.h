@@ -25,6 +25,9 @@ struct PackedBodyCheck {
 // The most that a body unpacks to; a stream that holds more counts as damaged.
 inline constexpr size_t kMaxUnpackedBytes = size_t{512} << 20;
 
+// True when `packed` is one whole zlib stream; `unpacked` receives what came out in any case.
+bool UnpackBody(std::string_view packed, std::string& unpacked);
+
 PackedBodyCheck CheckPackedBody(std::string_view body, const ExpectedBody& expected);
 
 }  // namespace ostrell

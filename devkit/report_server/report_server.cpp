@@ -16,9 +16,6 @@ namespace {
 // In place of a fault's name: none, whatever is switched on.
 constexpr std::string_view kNoFault = "none";
 
-constexpr std::string_view kRequests = "/requests";
-constexpr std::string_view kBodies = "/bodies/";
-
 HttpAnswer PlainAnswer(int status, std::string_view text) {
   return {.status = status, .body = std::string(text) + "\n", .type = "text/plain"};
 }
@@ -28,16 +25,16 @@ std::string SameWithoutFault(const RequestTarget& target) {
   return target.faultName.empty() ? "/fault/none" + target.pathAndQuery : target.pathAndQuery;
 }
 
-std::optional<uint64_t> NumberOf(std::string_view digits) {
+// The ticket that "/put/17" names; nothing for any other path.
+std::optional<uint64_t> TicketOfPath(std::string_view path) {
+  constexpr std::string_view kPut = "/put/";
   uint64_t number = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, number);
+  const char* const end = path.data() + path.size();
+  if (!path.starts_with(kPut)) {
+    return std::nullopt;
+  }
+  const auto [stop, error] = std::from_chars(path.data() + kPut.size(), end, number);
   return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
-// The number in "/put/17" behind "/put/"; nothing in any other path.
-std::optional<uint64_t> NumberBehind(std::string_view start, std::string_view path) {
-  return path.starts_with(start) ? NumberOf(path.substr(start.size())) : std::nullopt;
 }
 
 bool IsJsonReport(std::string_view report) {
@@ -48,8 +45,13 @@ bool IsJsonReport(std::string_view report) {
 
 ReportServer::ReportServer(ReportServerOptions startOptions)
     : options(std::move(startOptions)),
+      log(options.kept),
       listener([this](const HttpRequest& request) { return Handle(request); },
-               options.maxBodyBytes) {}
+               options.maxBodyBytes) {
+  for (const Fault fault : options.faults) {
+    switches.Set(fault);
+  }
+}
 
 bool ReportServer::Start(std::string* why) {
   if (!log.Open(options.store, why)) {
@@ -61,6 +63,7 @@ bool ReportServer::Start(std::string* why) {
 }
 
 void ReportServer::Stop() {
+  log.StopWaiting();
   listener.Stop();
 }
 
@@ -70,11 +73,6 @@ int ReportServer::Port() const {
 
 std::string ReportServer::Url() const {
   return "https://127.0.0.1:" + std::to_string(Port());
-}
-
-void ReportServer::SetFaults(std::vector<Fault> faults) {
-  const std::scoped_lock lock(changing);
-  options.faults = std::move(faults);
 }
 
 void ReportServer::SetInstructions(std::string document) {
@@ -96,33 +94,18 @@ void ReportServer::TakeWrittenFiles() {
   }
 }
 
+std::string ReportServer::Changes(uint64_t after, std::chrono::milliseconds patience) {
+  TakeWrittenFiles();
+  return log.Changes(after, patience);
+}
+
 std::vector<JsonOwner> ReportServer::Requests() const {
   std::vector<JsonOwner> requests;
-  for (const std::string& line : log.Lines()) {
+  for (const KeptRequestPtr& request : log.All()) {
+    const std::string& line = request->line;
     requests.emplace_back(json_loadb(line.data(), line.size(), JSON_ALLOW_NUL, nullptr));
   }
   return requests;
-}
-
-// What was received, for tests.
-HttpAnswer ReportServer::AnswerRecord(const RequestTarget& target) {
-  if (target.path == kRequests) {
-    TakeWrittenFiles();
-    return RequestList(target);
-  }
-  const auto number = NumberBehind(kBodies, target.path);
-  auto body = number ? log.Body(*number) : std::nullopt;
-  return body ? HttpAnswer{.body = std::move(*body), .type = "application/octet-stream"}
-              : PlainAnswer(404, "no such body");
-}
-
-HttpAnswer ReportServer::RequestList(const RequestTarget& target) const {
-  const uint64_t after = NumberOf(target.Value("after").value_or("")).value_or(0);
-  std::string body;
-  for (const std::string& line : log.Lines(after)) {
-    body += (body.empty() ? "[" : ",\n") + line;
-  }
-  return {.body = body.empty() ? "[]" : body + "]"};
 }
 
 std::string ReportServer::Instructions() const {
@@ -130,22 +113,13 @@ std::string ReportServer::Instructions() const {
   return options.instructions;
 }
 
-ActiveFaults ReportServer::FaultsOf(const RequestTarget& target) const {
-  if (target.faultName.empty()) {
-    const std::scoped_lock lock(changing);
-    return ActiveFaults(options.faults);
-  }
-  const std::optional<Fault> named = FaultNamed(target.faultName);
-  return ActiveFaults(named ? std::vector{*named} : std::vector<Fault>{});
-}
-
 HttpAnswer ReportServer::Handle(const HttpRequest& request) {
   const RequestTarget target = ParseRequestTarget(request.target);
-  if (request.method == "GET" && (target.path == kRequests || target.path.starts_with(kBodies))) {
-    return AnswerRecord(target);
-  }
-  ActiveFaults faults = FaultsOf(target);
   RequestRecord record{.request = request, .query = target.query};
+  ActiveFaults faults([&](Fault fault) {
+    return target.faultName.empty() ? switches.Acts(fault, record.report)
+                                    : target.faultName == NameOf(fault);
+  });
   HttpAnswer answer;
   if (request.refusedStatus != 0) {
     answer = PlainAnswer(request.refusedStatus, "refused");
@@ -197,7 +171,7 @@ HttpAnswer ReportServer::AnswerTicket(const RequestTarget& target, ActiveFaults&
 
 HttpAnswer ReportServer::AnswerPut(const RequestTarget& target, ActiveFaults& faults,
                                    RequestRecord& record) {
-  const auto number = NumberBehind("/put/", target.path);
+  const auto number = TicketOfPath(target.path);
   const auto ticket = number ? tickets->Find(*number) : std::nullopt;
   if (!ticket) {
     return PlainAnswer(404, "no such ticket");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
 #include <optional>
@@ -9,7 +11,7 @@
 #include <vector>
 
 #include "base/json.h"
-#include "devkit/report_server/faults.h"
+#include "devkit/report_server/fault_switches.h"
 #include "devkit/report_server/http_exchange.h"
 #include "devkit/report_server/https_listener.h"
 #include "devkit/report_server/private_folder.h"
@@ -22,17 +24,18 @@ namespace ostrell {
 struct ReportServerOptions {
   int port = 18443;               // 0 takes a free one
   std::filesystem::path store{};  // empty: requests are kept in memory only
-  std::vector<Fault> faults{};    // act on every request that they concern
+  std::vector<Fault> faults{};    // switched on from the start
   std::string instructions = R"({"samples":{"quarantine":{"cnt":5,"vnflt":[]}}})";
   std::set<std::string> known{};  // SHA-1 digests of known samples, upper-case hexadecimal
   size_t maxBodyBytes = size_t{512} << 20;
+  LogLimits kept{};
 };
 
 // The report server of the product on loopback: it gives out tickets, takes and checks uploads,
 // answers rc1 and the sample question, keeps every request and misbehaves by named fault.
 // docs/report-protocol.md describes what it speaks. What a client wrote to the address of
-// Fault::kFileUrl becomes the PUT that it stands for when GET /requests asks. All operations but
-// Start and Stop may be called from any thread at any time.
+// Fault::kFileUrl becomes the PUT that it stands for when Changes asks. All operations
+// but Start and Stop may be called from any thread at any time.
 class ReportServer {
  public:
   explicit ReportServer(ReportServerOptions startOptions);
@@ -50,11 +53,17 @@ class ReportServer {
   // "https://127.0.0.1:PORT".
   std::string Url() const;
 
-  // They hold from the next request on.
-  void SetFaults(std::vector<Fault> faults);
+  // It holds from the next request on.
   void SetInstructions(std::string document);
 
-  // One object for each request answered or being answered, in the order of requests.jsonl.
+  // The faults of requests whose path names none.
+  FaultSwitches& Faults() { return switches; }
+
+  // What is in memory of the requests answered or being answered.
+  RequestLog& Log() { return log; }
+  // As RequestLog::Changes.
+  std::string Changes(uint64_t after, std::chrono::milliseconds patience);
+  // One object for each line in memory, oldest first.
   std::vector<JsonOwner> Requests() const;
 
  private:
@@ -62,14 +71,12 @@ class ReportServer {
   HttpAnswer AnswerGet(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer AnswerPut(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
   HttpAnswer AnswerTicket(const RequestTarget& target, ActiveFaults& faults, RequestRecord& record);
-  HttpAnswer AnswerRecord(const RequestTarget& target);
-  HttpAnswer RequestList(const RequestTarget& target) const;
   void TakeWrittenFiles();
-  ActiveFaults FaultsOf(const RequestTarget& target) const;
   std::string Instructions() const;
 
   ReportServerOptions options;
-  mutable std::mutex changing;  // guards options.faults and options.instructions
+  mutable std::mutex changing;  // guards options.instructions
+  FaultSwitches switches;
   RequestLog log;
   PrivateFolder files;             // where Fault::kFileUrl leads
   std::optional<Tickets> tickets;  // from Start on

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <ctime>
 #include <fstream>
+#include <set>
 #include <string_view>
 #include <system_error>
 
@@ -126,14 +128,44 @@ uint64_t RequestLog::NextNumber() const {
 }
 
 bool RequestLog::Add(const RequestRecord& record) {
-  const std::scoped_lock lock(mutex);
-  lines.push_back(LineOf(next, record));
-  const bool kept = store.empty() || Write(record, lines.back());
-  if (record.body) {
-    KeepBody(record.body->unpacked);
+  bool isOnDisk = true;
+  {
+    const std::scoped_lock lock(mutex);
+    std::string line = LineOf(next, record);
+    isOnDisk = store.empty() || Write(record, line);
+    Keep(record, std::move(line));
+    ++next;
   }
-  ++next;
-  return kept;
+  changed.notify_all();
+  return isOnDisk;
+}
+
+void RequestLog::Keep(const RequestRecord& record, std::string line) {
+  const int64_t now = std::time(nullptr);
+  const uint64_t run = runs.RunOf(record.report, record.query, now);
+  kept.push_back(std::make_shared<KeptRequest>(KeptRequest{.number = next,
+                                                           .run = run,
+                                                           .change = ++cursor,
+                                                           .time = now,
+                                                           .report = record.report,
+                                                           .isPut = record.body.has_value(),
+                                                           .line = std::move(line),
+                                                           .received = record.request.body}));
+  keptBytes += kept.back()->Bytes();
+  while (kept.size() > 1 && (runs.Size() > limits.runs || keptBytes > limits.bytes)) {
+    ForgetOldest();
+  }
+}
+
+// Runs of several clients may overlap: a run goes with the last of its requests.
+void RequestLog::ForgetOldest() {
+  const uint64_t run = kept.front()->run;
+  keptBytes -= kept.front()->Bytes();
+  kept.pop_front();
+  if (std::ranges::find(kept, run, &KeptRequest::run) == kept.end()) {
+    runs.Forget(run);
+    runChanges.erase(run);
+  }
 }
 
 // The line comes last: who reads it finds the files.
@@ -144,26 +176,74 @@ bool RequestLog::Write(const RequestRecord& record, const std::string& line) con
          WriteFile(store / kLinesFile, line + "\n", std::ios::app);
 }
 
-void RequestLog::KeepBody(const std::string& unpacked) {
-  bodyBytes += unpacked.size();
-  bodies[next] = unpacked;
-  while (bodyBytes > kKeptBodyBytes) {
-    bodyBytes -= bodies.begin()->second.size();
-    bodies.erase(bodies.begin());
+KeptRequestPtr RequestLog::Find(uint64_t number) const {
+  const std::scoped_lock lock(mutex);
+  const auto found = std::ranges::lower_bound(kept, number, {}, &KeptRequest::number);
+  return found != kept.end() && (*found)->number == number ? *found : nullptr;
+}
+
+std::vector<KeptRequestPtr> RequestLog::All() const {
+  const std::scoped_lock lock(mutex);
+  return {kept.begin(), kept.end()};
+}
+
+std::optional<uint64_t> RequestLog::NewestRun() const {
+  const std::scoped_lock lock(mutex);
+  return kept.empty() ? std::nullopt : std::optional(kept.back()->run);
+}
+
+bool RequestLog::SetNotSent(uint64_t run, JsonOwner rows) {
+  const std::scoped_lock lock(mutex);
+  if (!runs.SetNotSent(run, std::move(rows))) {
+    return false;
   }
+  runChanges[run] = ++cursor;
+  changed.notify_all();
+  return true;
 }
 
-std::optional<std::string> RequestLog::Body(uint64_t number) const {
+void RequestLog::Clear() {
   const std::scoped_lock lock(mutex);
-  const auto found = bodies.find(number);
-  return found != bodies.end() ? std::optional(found->second) : std::nullopt;
+  while (!kept.empty()) {
+    ForgetOldest();
+  }
+  ++cursor;
+  changed.notify_all();
 }
 
-std::vector<std::string> RequestLog::Lines(uint64_t after) const {
+std::string RequestLog::Changes(uint64_t after, std::chrono::milliseconds patience) const {
+  std::unique_lock lock(mutex);
+  after = after > cursor ? 0 : after;  // of a server that has ended
+  changed.wait_for(lock, patience, [&] { return cursor > after || isStopped; });
+  auto request = std::ranges::upper_bound(kept, after, {}, &KeptRequest::change);
+  const bool isMore = kept.end() - request > static_cast<ptrdiff_t>(kMaxChanges);
+  const auto end = isMore ? request + kMaxChanges : kept.end();
+  const uint64_t reached = isMore ? (*(end - 1))->change : cursor;
+  std::set<uint64_t> concerned;
+  for (const auto& [run, change] : runChanges) {
+    if (change > after && change <= reached) {
+      concerned.insert(run);
+    }
+  }
+  std::string requests;
+  for (; request != end; ++request) {
+    concerned.insert((*request)->run);
+    requests += Print("%s{\"run\":%u,\"time\":%d,%s", requests.empty() ? "" : ",\n",
+                      (*request)->run, (*request)->time, (*request)->line.substr(1));
+  }
+  std::string described;
+  for (const uint64_t run : concerned) {
+    described += (described.empty() ? "" : ",\n") + CompactText(runs.Describe(run));
+  }
+  return Print(R"({"cursor":%u,"more":%s,"oldest":%u,"requests":[%s],"runs":[%s]})", reached,
+               isMore ? "true" : "false", kept.empty() ? next : kept.front()->number, requests,
+               described);
+}
+
+void RequestLog::StopWaiting() {
   const std::scoped_lock lock(mutex);
-  const uint64_t first = next - lines.size();
-  const uint64_t skipped = after < first ? 0 : std::min<uint64_t>(after - first + 1, lines.size());
-  return {lines.begin() + static_cast<ptrdiff_t>(skipped), lines.end()};
+  isStopped = true;
+  changed.notify_all();
 }
 
 }  // namespace ostrell

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -11,6 +15,7 @@
 #include "devkit/report_server/http_exchange.h"
 #include "devkit/report_server/packed_body.h"
 #include "devkit/report_server/request_target.h"
+#include "devkit/report_server/run_list.h"
 
 namespace ostrell {
 
@@ -25,17 +30,39 @@ struct RequestRecord {
   std::optional<PackedBodyCheck> body{};  // of a PUT
 };
 
-// The requests in the order of their answers, numbered from 1: in memory as lines of JSON and,
-// where a folder is given, on disk as
+// One request as it is kept in memory.
+struct KeptRequest {
+  uint64_t number;
+  uint64_t run;
+  uint64_t change;     // the one that it is
+  int64_t time;        // of its arrival, seconds since 1970
+  std::string report;  // as in RequestRecord
+  bool isPut;          // to a ticket: what was received is a packed body
+  std::string line;    // as in requests.jsonl
+  std::string received;
+
+  size_t Bytes() const { return sizeof(*this) + line.size() + received.size(); }
+};
+using KeptRequestPtr = std::shared_ptr<const KeptRequest>;
+
+// How much of what came in stays in memory: the newest.
+struct LogLimits {
+  size_t runs = 500;
+  size_t bytes = size_t{1} << 30;
+};
+
+// The requests in the order of their answers, numbered from 1: the newest runs in memory, and where
+// a folder is given, all on disk as
 //
 //   NNNN.request    request line, headers and body
 //   NNNN.body       the unpacked body of a PUT
-//   requests.jsonl  the lines
+//   requests.jsonl  a line of JSON for each
 //
-// docs/report-protocol.md describes them. The unpacked bodies of the newest PUTs stay in memory,
-// too, kKeptBodyBytes at most. All operations may be called from any thread.
+// docs/report-protocol.md describes them. All operations may be called from any thread.
 class RequestLog {
  public:
+  explicit RequestLog(const LogLimits& kept) : limits(kept) {}
+
   // Makes `folder` where it is missing; an empty one keeps nothing on disk. In a folder that holds
   // requests the numbers go on after the last. False, with one line of text in `why`, when the
   // folder cannot be made or written.
@@ -47,24 +74,53 @@ class RequestLog {
   // Returns false when the request could not be written to disk; it is then kept in memory only.
   bool Add(const RequestRecord& record);
 
-  // Of the requests behind number `after`.
-  std::vector<std::string> Lines(uint64_t after = 0) const;
+  // The request of that number; null when it is not, or no longer, in memory.
+  KeptRequestPtr Find(uint64_t number) const;
 
-  // The unpacked body of the PUT of that number; nothing when it is none or no longer kept.
-  std::optional<std::string> Body(uint64_t number) const;
+  // All that are in memory, oldest first.
+  std::vector<KeptRequestPtr> All() const;
 
-  static constexpr size_t kKeptBodyBytes = size_t{64} << 20;
+  // Nothing when none is in memory.
+  std::optional<uint64_t> NewestRun() const;
+
+  // What was not sent in a run, for Changes. False for a run that is not in memory.
+  bool SetNotSent(uint64_t run, JsonOwner rows);
+
+  // Forgets what is in memory; what is on disk stays.
+  void Clear();
+
+  // What has changed since the answer that gave the cursor `after`, 0 for none, as a JSON object:
+  //
+  //   "cursor"    for the next call; it covers kMaxChanges requests at most, "more" says whether
+  //               there are others
+  //   "oldest"    the lowest number in memory; what is below has been forgotten
+  //   "requests"  their lines, each with its "run" and "time" of arrival (seconds since 1970)
+  //   "runs"      those of these requests, and those whose "not_sent" has changed
+  //
+  // Returns when there is something, and without it after `patience`.
+  std::string Changes(uint64_t after, std::chrono::milliseconds patience) const;
+
+  // Ends the waiting of Changes, now and from now on.
+  void StopWaiting();
+
+  static constexpr size_t kMaxChanges = 1000;
 
  private:
   bool Write(const RequestRecord& record, const std::string& line) const;
-  void KeepBody(const std::string& unpacked);
+  void Keep(const RequestRecord& record, std::string line);
+  void ForgetOldest();
 
+  const LogLimits limits;
   mutable std::mutex mutex;
+  mutable std::condition_variable changed;
+  bool isStopped = false;
   std::filesystem::path store;
   uint64_t next = 1;
-  std::vector<std::string> lines;
-  std::map<uint64_t, std::string> bodies;
-  size_t bodyBytes = 0;
+  RunList runs;
+  std::deque<KeptRequestPtr> kept;
+  size_t keptBytes = 0;
+  uint64_t cursor = 0;                      // counts the changes
+  std::map<uint64_t, uint64_t> runChanges;  // of "not_sent", by run
 };
 
 }  // namespace ostrell

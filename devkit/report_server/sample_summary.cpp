@@ -23,11 +23,6 @@ struct Row {
   std::string sent = kNone;  // bytes
 };
 
-void Print(const Row& row, std::string_view remark = "") {
-  fmt::print("           {:<14} {:<10} {:<10} {:>7}  {}{}{}\n", row.foundBy, row.asked, row.known,
-             row.sent, row.file, remark.empty() ? "" : ": ", remark);
-}
-
 // What is to become of a file after `taken` others of its pass were sent.
 struct Outcome {
   Row row;
@@ -79,8 +74,9 @@ std::string Judgement(const Row& row, const Outcome& expected) {
 
 class SampleTable {
  public:
-  SampleTable(const ExpectedRun& expectedRun, const std::vector<JsonOwner>& lines)
+  SampleTable(const ExpectedRun& expectedRun, const std::vector<JsonOwner>& lines, json_t* rows)
       : expected(expectedRun),
+        notSent(rows),
         requests(lines),
         isAnswered(std::any_of(lines.begin(), lines.end(), [](const JsonOwner& line) {
           return TextOf(line.Get(), "report") == "rc1" && HasArrived(line.Get()) &&
@@ -116,6 +112,17 @@ class SampleTable {
   bool IsSound() const { return isSound; }
 
  private:
+  void Print(const Row& row, std::string_view remark = "") {
+    fmt::print("           {:<14} {:<10} {:<10} {:>7}  {}{}{}\n", row.foundBy, row.asked, row.known,
+               row.sent, row.file, remark.empty() ? "" : ": ", remark);
+    if (row.sent == kNone) {
+      const std::string why(row.known == "yes" ? "the server knows the sample" : remark);
+      const std::string what = row.file.empty() ? row.foundBy : row.file;
+      json_array_append_new(notSent, json_pack("{s:s, s:s, s:s}", "report", "rc3", "what",
+                                               what.c_str(), "why", why.c_str()));
+    }
+  }
+
   static bool IsSince(const json_t* file, int64_t start) {
     return Integer64Member(file, "time").value_or(0) >= start;
   }
@@ -168,6 +175,7 @@ class SampleTable {
   }
 
   const ExpectedRun& expected;
+  json_t* const notSent;
   SampleRequests requests;
   bool isAnswered;  // the server has given its instructions
   bool isSound = true;
@@ -175,10 +183,11 @@ class SampleTable {
 
 }  // namespace
 
-bool PrintSamples(const ExpectedRun& expected, const std::vector<JsonOwner>& requests) {
+bool PrintSamples(const ExpectedRun& expected, const std::vector<JsonOwner>& requests,
+                  json_t* notSent) {
   fmt::print("\n{:<10} {:<14} {:<10} {:<10} {:>7}  {}\n", "samples", "found by", "asked", "known",
              "sent", "file");
-  SampleTable table(expected, requests);
+  SampleTable table(expected, requests, notSent);
   for (const json_t* row : expected.Reports()) {
     if (json_object_get(row, "found_by") != nullptr) {
       table.PrintPass(row);

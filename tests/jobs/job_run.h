@@ -51,7 +51,7 @@ class JobRun : public FakeRun {
   }
 
  private:
-  const std::string firstNumber = LastNumber();
+  const std::string firstNumber = LastChange();
 
   // Characters that are repeated 32 times or more as "x{32}", and other than printable ASCII and
   // UTF-8 as "\xhh".

@@ -96,7 +96,7 @@ void RunAll(const JobRun& machine) {
 void ExpectNothingIsLost(JobRun& machine, const Arrivals& first) {
   const LastTimes recorded = machine.store.times;
   const bool hasStatistics = machine.files.entries.contains(L"C:\\Corvane\\data\\tallyx5.dat");
-  const std::string after = LastNumber();
+  const std::string after = LastChange();
   RunAll(machine);
   const Arrivals second(machine, after);
   for (const auto& [key, report] : kRecordedWhenArrived) {
@@ -144,7 +144,7 @@ class Torture : public testing::Test {
     ++runs;
     const auto machine = FreshMachine();
     const FileEntries before = machine->files.entries;
-    const std::string after = LastNumber();
+    const std::string after = LastChange();
     Allocations::Begin(allocation, plan.isLasting);
     OutsideCall::Begin(plan);
     RunAll(*machine);
@@ -268,7 +268,7 @@ TEST_F(Torture, ProcessEndsAtEveryCall) {
     SCOPED_TRACE(testing::Message() << "ended at call " << call);
     ++runs;
     const auto machine = FreshMachine();
-    const std::string after = LastNumber();
+    const std::string after = LastChange();
     TakeOver(*machine, RemainsOfEnded(*machine, call));
     const Arrivals arrivals(*machine, after);
     for (const auto& [key, report] : kRecordedWhenArrived) {

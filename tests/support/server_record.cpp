@@ -40,26 +40,31 @@ ReceivedRequest RequestOf(json_t* line) {
   return request;
 }
 
+std::string AddressIn(const char* variable) {
+  const char* const url = std::getenv(variable);
+  if (url == nullptr) {
+    throw std::runtime_error(std::string(variable) + " does not name a running report server");
+  }
+  return url;
+}
+
+// What the server's page is told.
 std::string TextAt(const std::string& path) {
   std::string text;
   const auto append = [&text](std::span<const std::byte> block) {
     text.append(reinterpret_cast<const char*>(block.data()), block.size());
     return true;
   };
-  HttpGet((TestServerUrl() + path).c_str(), append, nullptr);
+  HttpGet((AddressIn("OSTRELL_TEST_VIEWER") + path).c_str(), append, nullptr);
   return text;
 }
 
-std::string lastNumber = "0";
+std::string lastChange = "0";
 
 }  // namespace
 
 std::string TestServerUrl() {
-  const char* const url = std::getenv("OSTRELL_TEST_SERVER");
-  if (url == nullptr) {
-    throw std::runtime_error("OSTRELL_TEST_SERVER does not name a running report server");
-  }
-  return url;
+  return AddressIn("OSTRELL_TEST_SERVER");
 }
 
 std::string FreshToken() {
@@ -77,28 +82,33 @@ std::string ReportUrlOf(std::string_view report, std::string_view token, std::st
 
 std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value,
                                           const std::string& after) {
-  const std::string text = TextAt("/requests?after=" + after);
-  const JsonOwner record(json_loadb(text.data(), text.size(), 0, nullptr));
-  if (!json_is_array(record.Get())) {
-    throw std::runtime_error("the report server does not give its record");
-  }
   std::vector<ReceivedRequest> requests;
-  for (json_t* const line : Elements(record.Get())) {
-    ReceivedRequest request = RequestOf(line);
-    lastNumber = request["number"];
-    if (request["query." + std::string(queryName)] == value) {
-      requests.push_back(std::move(request));
+  lastChange = after;
+  for (bool isMore = true; isMore;) {
+    const std::string text = TextAt("/api/changes?wait=0&after=" + lastChange);
+    const JsonOwner changes(json_loadb(text.data(), text.size(), 0, nullptr));
+    const auto cursor = Integer64Member(changes.Get(), "cursor");
+    if (!cursor) {
+      throw std::runtime_error("the report server does not give its record");
     }
+    for (json_t* const line : Elements(json_object_get(changes.Get(), "requests"))) {
+      ReceivedRequest request = RequestOf(line);
+      if (request["query." + std::string(queryName)] == value) {
+        requests.push_back(std::move(request));
+      }
+    }
+    lastChange = std::to_string(*cursor);
+    isMore = json_is_true(json_object_get(changes.Get(), "more"));
   }
   return requests;
 }
 
-std::string LastNumber() {
-  return lastNumber;
+std::string LastChange() {
+  return lastChange;
 }
 
 std::string BodyOf(const ReceivedRequest& request) {
-  return TextAt("/bodies/" + request.at("number"));
+  return TextAt("/api/requests/" + request.at("number") + "/body");
 }
 
 std::string StepsOf(std::vector<ReceivedRequest> requests) {

@@ -25,7 +25,7 @@ std::string ReportUrlOf(std::string_view report, std::string_view token,
 // record holds, "headers.NAME" for each header; and "header names", separated by commas.
 using ReceivedRequest = std::map<std::string, std::string>;
 
-// The requests behind number `after` with that query value in the order of their arrival; a PUT
+// The requests behind the change `after` with that query value in the order of their arrival; a PUT
 // counts with the query of its ticket's request.
 std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_view value,
                                           const std::string& after = "0");
@@ -33,8 +33,8 @@ std::vector<ReceivedRequest> RequestsWith(const char* queryName, std::string_vie
 // The unpacked body of a PUT, as long as the server keeps it.
 std::string BodyOf(const ReceivedRequest& request);
 
-// The number of the newest request that these calls have seen.
-std::string LastNumber();
+// The newest change that these calls have seen: a request that came in.
+std::string LastChange();
 
 // "GET 200, PUT 200".
 std::string StepsOf(std::vector<ReceivedRequest> requests);

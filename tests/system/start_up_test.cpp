@@ -23,7 +23,7 @@ TEST(StartUp, ReportingSwitchedOffSendsNothing) {
 TEST(StartUp, SecondCopyEndsAtOnce) {
   const SampleProduct product;
   AgentServer server;
-  server.server.SetFaults({Fault::kSlow});
+  server.server.Faults().Set(Fault::kSlow);
   auto first = std::async(std::launch::async, [] { return RunAgent().exitCode; });
   while (server.Requests().empty() &&
          first.wait_for(std::chrono::milliseconds(10)) == std::future_status::timeout) {

@@ -1,0 +1,477 @@
+#include "devkit/viewer/viewer.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <optional>
+#include <random>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "base/bytes.h"
+#include "base/hex.h"
+#include "base/print.h"
+#include "base/sha1.h"
+#include "devkit/report_server/json_text.h"
+#include "devkit/viewer/body_cache.h"
+#include "devkit/viewer/body_difference.h"
+#include "devkit/viewer/body_view.h"
+#include "devkit/viewer/page_files.h"
+
+namespace ostrell {
+namespace {
+
+using httplib::Request;
+using httplib::Response;
+
+constexpr size_t kWorkerThreads = 16;
+constexpr auto kLongestWait = std::chrono::milliseconds(5000);
+constexpr size_t kMostChildren = 1000;
+constexpr size_t kTextBlock = size_t{64} << 10;
+constexpr size_t kHexBlock = size_t{4} << 10;
+constexpr size_t kMaxChangeBytes = size_t{1} << 20;  // of a call that changes something
+
+constexpr auto kBinary = "application/octet-stream";
+constexpr auto kJson = "application/json";
+
+constexpr std::pair<const char*, const char*> kHeadersOfAll[] = {
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src 'self'; "
+     "base-uri 'none'; form-action 'none'; frame-ancestors 'none'; "
+     "require-trusted-types-for 'script'; trusted-types 'none'"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"Cross-Origin-Opener-Policy", "same-origin"},
+    {"Cache-Control", "no-store"}};
+
+const char* TypeOfFile(std::string_view name) {
+  return name.ends_with(".js")     ? "text/javascript; charset=utf-8"
+         : name.ends_with(".css")  ? "text/css; charset=utf-8"
+         : name.ends_with(".json") ? kJson
+         : name.ends_with(".svg")  ? "image/svg+xml"
+                                   : "text/html; charset=utf-8";
+}
+
+// Empty for a file that the page does not have.
+std::string_view ContentOf(std::string_view name) {
+  const auto files = PageFiles();
+  const auto found = std::ranges::find(files, name, &PageFile::name);
+  return found != files.end() ? found->content : std::string_view();
+}
+
+template <class Number>
+std::optional<Number> NumberOf(std::string_view digits) {
+  Number number = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+uint64_t NumberParameter(const Request& request, const char* name, uint64_t otherwise = 0) {
+  return NumberOf<uint64_t>(request.get_param_value(name)).value_or(otherwise);
+}
+
+void Refuse(Response& response, int status, const char* why) {
+  response.status = status;
+  response.set_content(std::string(why) + "\n", "text/plain");
+}
+
+void SendJson(Response& response, const JsonOwner& value) {
+  response.set_content(CompactText(value), kJson);
+}
+
+void SendAttachment(Response& response, const std::string& bytes, const std::string& name) {
+  response.headers.erase("Content-Security-Policy");
+  response.set_header("Content-Security-Policy", "default-src 'none'; sandbox");
+  response.set_header("Content-Disposition", "attachment; filename=\"" + name + "\"");
+  response.set_content(bytes, kBinary);
+}
+
+JsonOwner Parsed(std::string_view text) {
+  return JsonOwner(json_loadb(text.data(), text.size(), JSON_ALLOW_NUL, nullptr));
+}
+
+// "question", "ticket" or "upload", as the inventory tells them apart.
+const char* RequestKindOf(const KeptRequest& request, const json_t* line) {
+  return request.isPut                                                     ? "upload"
+         : json_object_get(json_object_get(line, "query"), "o") != nullptr ? "ticket"
+                                                                           : "question";
+}
+
+JsonOwner DescribeSwitch(const FaultEntry& fault, const FaultSwitches::State* state) {
+  JsonOwner row(json_object());
+  json_object_set_new(row.Get(), "name", JsonString(fault.name).Release());
+  json_object_set_new(row.Get(), "help", JsonString(fault.help).Release());
+  json_object_set_new(row.Get(), "isOn", json_boolean(state != nullptr));
+  if (state == nullptr) {
+    return row;
+  }
+  const FaultSwitch& how = state->how;
+  const auto set = [&row](const char* name, uint64_t number) {
+    json_object_set_new(row.Get(), name, json_integer(static_cast<json_int_t>(number)));
+  };
+  json_object_set_new(row.Get(), "report", JsonString(how.report).Release());
+  json_object_set_new(row.Get(), "probability", json_real(how.probability));
+  set("after", how.after);
+  set("seed", how.seed);
+  set("concerned", state->concerned);
+  set("acted", state->acted);
+  if (how.times) {
+    set("times", *how.times);
+  }
+  return row;
+}
+
+// Nothing for a document that is no object, or holds a value of another kind than it should.
+std::optional<FaultSwitch> SwitchOf(const json_t* wanted) {
+  FaultSwitch how{.seed = std::random_device()()};
+  if (!json_is_object(wanted)) {
+    return std::nullopt;
+  }
+  const char* name = nullptr;
+  json_t* value = nullptr;
+  json_object_foreach(const_cast<json_t*>(wanted), name, value) {
+    const std::string_view key = name;
+    const auto number = json_is_integer(value) && json_integer_value(value) >= 0
+                            ? std::optional<uint64_t>(json_integer_value(value))
+                            : std::nullopt;
+    if (key == "report" && json_is_string(value)) {
+      how.report = json_string_value(value);
+    } else if (key == "probability" && json_is_number(value)) {
+      how.probability = json_number_value(value);
+    } else if (key == "after" && number) {
+      how.after = *number;
+    } else if (key == "times" && number) {
+      how.times = number;
+    } else if (key == "seed" && number) {
+      how.seed = static_cast<uint32_t>(*number);
+    } else {
+      return std::nullopt;
+    }
+  }
+  return how;
+}
+
+}  // namespace
+
+struct Viewer::Server : httplib::Server {
+  Server(ReportServer& shown, Inventory described)
+      : reports(shown), inventory(std::move(described)) {
+    new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
+    set_payload_max_length(kMaxChangeBytes);
+    set_tcp_nodelay(true);
+    set_socket_options([](int socket) {
+      const int yes = 1;
+      setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
+    set_pre_routing_handler([this](const Request& request, Response& response) {
+      return LetIn(request, response) ? HandlerResponse::Unhandled : HandlerResponse::Handled;
+    });
+    Route();
+  }
+
+  void Route() {
+    Get("/", [](const Request&, Response& response) { SendFile("index.html", response); });
+    Get(R"(/page/([a-z_]+\.[a-z]+))", [](const Request& request, Response& response) {
+      SendFile(request.matches[1].str(), response);
+    });
+    Get("/api/changes", Call(&Server::Changes));
+    Get("/api/inventory",
+        [](const Request&, Response& response) { SendFile("data-inventory.json", response); });
+    Get(R"(/api/requests/(\d+))", CallFor(&Server::DescribeRequest));
+    Get(R"(/api/requests/(\d+)/part)", CallFor(&Server::SendPart));
+    Get(R"(/api/requests/(\d+)/sections)", CallFor(&Server::SendSections));
+    Get(R"(/api/requests/(\d+)/text)", CallFor(&Server::SendText));
+    Get(R"(/api/requests/(\d+)/bytes)", CallFor(&Server::SendBytes));
+    Get(R"(/api/requests/(\d+)/find)", CallFor(&Server::Find));
+    Get(R"(/api/requests/(\d+)/packed)", CallFor(&Server::SendPacked));
+    Get(R"(/api/requests/(\d+)/body)", CallFor(&Server::SendBody));
+    Get("/api/difference", Call(&Server::SendDifference));
+    Get("/api/faults", Call(&Server::SendFaults));
+    Put(R"(/api/faults/([a-z0-9-]+))", Call(&Server::SetFault));
+    Delete(R"(/api/faults/([a-z0-9-]+))", Call(&Server::RemoveFault));
+    Delete("/api/faults", Call(&Server::ClearFaults));
+    Delete("/api/requests", Call(&Server::ClearRequests));
+    Put(R"(/api/runs/(\d+|newest)/not_sent)", Call(&Server::SetNotSent));
+  }
+
+  using Method = void (Server::*)(const Request&, Response&);
+  Handler Call(Method method) {
+    return [this, method](const Request& request, Response& response) {
+      (this->*method)(request, response);
+    };
+  }
+
+  // Of calls whose path names a request.
+  using RequestMethod = void (Server::*)(const KeptRequest&, const Request&, Response&);
+  Handler CallFor(RequestMethod method) {
+    return [this, method](const Request& request, Response& response) {
+      const auto number = NumberOf<uint64_t>(request.matches[1].str());
+      const KeptRequestPtr kept = number ? reports.Log().Find(*number) : nullptr;
+      if (kept) {
+        (this->*method)(*kept, request, response);
+      } else {
+        Refuse(response, 404, "no such request is kept");
+      }
+    };
+  }
+
+  // Also sets what stands on every answer.
+  bool LetIn(const Request& request, Response& response) const {
+    for (const auto& [name, value] : kHeadersOfAll) {
+      response.set_header(name, value);
+    }
+    const std::string host = request.get_header_value("Host");
+    const std::string colonPort = Print(":%d", port);
+    const std::string site = request.get_header_value("Sec-Fetch-Site");
+    if (host != "127.0.0.1" + colonPort && host != "localhost" + colonPort) {
+      Refuse(response, 403, "not under this name");
+    } else if (!site.empty() && site != "none" && site != "same-origin") {
+      Refuse(response, 403, "not from another page");
+    } else if (request.method != "GET" && request.get_header_value("Content-Type") != kJson) {
+      Refuse(response, 415, "a change is application/json");
+    } else {
+      return true;
+    }
+    return false;
+  }
+
+  static void SendFile(std::string_view name, Response& response) {
+    if (const std::string_view content = ContentOf(name); !content.empty()) {
+      response.set_content(content.data(), content.size(), TypeOfFile(name));
+    } else {
+      Refuse(response, 404, "no such file");
+    }
+  }
+
+  void Changes(const Request& request, Response& response) {
+    const auto wait = std::chrono::milliseconds(std::min<uint64_t>(
+        NumberParameter(request, "wait", kLongestWait.count()), kLongestWait.count()));
+    response.set_content(reports.Changes(NumberParameter(request, "after"), wait), kJson);
+  }
+
+  JsonOwner DescribeValues(const KeptRequest& request, const json_t* line, const char* member) {
+    const std::string_view kind = RequestKindOf(request, line);
+    const bool isQuery = std::string_view(member) == "query";
+    JsonOwner rows(json_array());
+    const char* name = nullptr;
+    json_t* value = nullptr;
+    json_object_foreach(json_object_get(line, member), name, value) {
+      const InventoryEntry* const entry = isQuery ? inventory.OfQuery(request.report, kind, name)
+                                                  : inventory.OfHeader(request.report, kind, name);
+      json_array_append_new(
+          rows.Get(),
+          json_pack(
+              "{s:o, s:O, s:o}", "key", JsonString(name).Release(), "value", value, "entry",
+              entry != nullptr ? json_integer(entry - inventory.Entries().data()) : json_null()));
+    }
+    return rows;
+  }
+
+  void DescribeRequest(const KeptRequest& kept, const Request&, Response& response) {
+    const JsonOwner line = Parsed(kept.line);
+    const InventoryEntry* const whole =
+        inventory.OfBody(kept.report, RequestKindOf(kept, line.Get()), "body");
+    SendJson(
+        response,
+        JsonOwner(json_pack(
+            "{s:O, s:I, s:I, s:s, s:o, s:o, s:o}", "line", line.Get(), "run", json_int_t(kept.run),
+            "time", json_int_t{kept.time}, "kind", RequestKindOf(kept, line.Get()), "query",
+            DescribeValues(kept, line.Get(), "query").Release(), "headers",
+            DescribeValues(kept, line.Get(), "headers").Release(), "body_entry",
+            whole != nullptr ? json_integer(whole - inventory.Entries().data()) : json_null())));
+  }
+
+  void SendPart(const KeptRequest& kept, const Request& request, Response& response) {
+    const std::string at = request.get_param_value("at");
+    const std::string section = request.get_param_value("section");
+    const auto body = bodies.Open(kept);
+    const JsonOwner part = DescribePart(
+        inventory, kept.report, body->document.Get(),
+        {.at = at,
+         .section = section,
+         .from = NumberParameter(request, "from"),
+         .count = std::min<size_t>(NumberParameter(request, "count", 100), kMostChildren)});
+    if (part) {
+      SendJson(response, part);
+    } else {
+      Refuse(response, 404, "no such value");
+    }
+  }
+
+  void SendSections(const KeptRequest& kept, const Request&, Response& response) {
+    SendJson(response, DescribeSections(inventory, kept.report, bodies.Open(kept)->document.Get()));
+  }
+
+  // A block of the unpacked text, whole characters: {"size", "next", "text"}.
+  void SendText(const KeptRequest& kept, const Request& request, Response& response) {
+    const auto body = bodies.Open(kept);
+    const std::string_view text = body->unpacked;
+    const size_t from = std::min<size_t>(NumberParameter(request, "from"), text.size());
+    size_t end = std::min(from + kTextBlock, text.size());
+    while (end < text.size() && end > from && (text[end] & 0xC0) == 0x80) {
+      --end;
+    }
+    SendJson(response, JsonOwner(json_pack("{s:I, s:I, s:o}", "size", json_int_t(text.size()),
+                                           "next", json_int_t(end), "text",
+                                           JsonString(text.substr(from, end - from)).Release())));
+  }
+
+  // A block of the unpacked bytes: {"size", "sha1", "from", "hex"}.
+  void SendBytes(const KeptRequest& kept, const Request& request, Response& response) {
+    const auto body = bodies.Open(kept);
+    const auto all = std::as_bytes(std::span(body->unpacked));
+    const size_t from = std::min<size_t>(NumberParameter(request, "from"), all.size());
+    const auto block = all.subspan(from, std::min(kHexBlock, all.size() - from));
+    SendJson(response, JsonOwner(json_pack("{s:I, s:s, s:I, s:s}", "size", json_int_t(all.size()),
+                                           "sha1", UpperHex(Sha1::Of(all)).c_str(), "from",
+                                           json_int_t(from), "hex", UpperHex(block).c_str())));
+  }
+
+  // {"request": places in the line of the request, "body": places in its body}.
+  void Find(const KeptRequest& kept, const Request& request, Response& response) {
+    const std::string text = request.get_param_value("text");
+    const auto body = bodies.Open(kept);
+    const JsonOwner line = Parsed(kept.line);
+    JsonOwner inBody = body->document ? FindInDocument(body->document.Get(), text)
+                                      : FindInBytes(body->unpacked, text);
+    SendJson(response, JsonOwner(json_pack("{s:o, s:o}", "request",
+                                           FindInDocument(line.Get(), text).Release(), "body",
+                                           inBody.Release())));
+  }
+
+  void SendPacked(const KeptRequest& kept, const Request&, Response& response) {
+    SendAttachment(response, kept.received, Print("%04u.packed", kept.number));
+  }
+
+  void SendBody(const KeptRequest& kept, const Request&, Response& response) {
+    SendAttachment(response, bodies.Open(kept)->unpacked, Print("%04u.body", kept.number));
+  }
+
+  // {"query": DescribeMemberDifference of the queries, "body": that of the bodies, or of their
+  // bytes}.
+  void SendDifference(const Request& request, Response& response) {
+    const KeptRequestPtr older = reports.Log().Find(NumberParameter(request, "older"));
+    const KeptRequestPtr newer = reports.Log().Find(NumberParameter(request, "newer"));
+    if (!older || !newer) {
+      Refuse(response, 404, "no such request is kept");
+      return;
+    }
+    const JsonOwner olderLine = Parsed(older->line);
+    const JsonOwner newerLine = Parsed(newer->line);
+    JsonOwner ofQuery = DescribeMemberDifference(json_object_get(olderLine.Get(), "query"),
+                                                 json_object_get(newerLine.Get(), "query"));
+    const auto olderBody = bodies.Open(*older);
+    const auto newerBody = bodies.Open(*newer);
+    JsonOwner ofBody =
+        olderBody->document && newerBody->document
+            ? DescribeBodyDifference(olderBody->document.Get(), newerBody->document.Get())
+            : DescribeByteDifference(olderBody->unpacked, newerBody->unpacked);
+    SendJson(response, JsonOwner(json_pack("{s:o, s:o}", "query", ofQuery.Release(), "body",
+                                           ofBody.Release())));
+  }
+
+  void SendFaults(const Request&, Response& response) {
+    const auto states = reports.Faults().All();
+    JsonOwner rows(json_array());
+    for (const FaultEntry& fault : AllFaults()) {
+      const auto found = states.find(fault.fault);
+      const auto* const state = found != states.end() ? &found->second : nullptr;
+      json_array_append_new(rows.Get(), DescribeSwitch(fault, state).Release());
+    }
+    SendJson(response, rows);
+  }
+
+  void SetFault(const Request& request, Response& response) {
+    const auto fault = FaultNamed(request.matches[1].str());
+    const auto how = SwitchOf(Parsed(request.body).Get());
+    if (!fault || !how) {
+      Refuse(response, fault ? 400 : 404, fault ? "no switch" : "no such fault");
+      return;
+    }
+    reports.Faults().Set(*fault, *how);
+    SendFaults(request, response);
+  }
+
+  void RemoveFault(const Request& request, Response& response) {
+    if (const auto fault = FaultNamed(request.matches[1].str())) {
+      reports.Faults().Remove(*fault);
+    }
+    SendFaults(request, response);
+  }
+
+  void ClearFaults(const Request& request, Response& response) {
+    reports.Faults().Clear();
+    SendFaults(request, response);
+  }
+
+  void ClearRequests(const Request&, Response& response) {
+    reports.Log().Clear();
+    response.set_content("{}", kJson);
+  }
+
+  void SetNotSent(const Request& request, Response& response) {
+    const std::string named = request.matches[1].str();
+    const auto run = named == "newest" ? reports.Log().NewestRun() : NumberOf<uint64_t>(named);
+    JsonOwner rows = Parsed(request.body);
+    if (!json_is_array(rows.Get())) {
+      Refuse(response, 400, "no list");
+    } else if (!run || !reports.Log().SetNotSent(*run, std::move(rows))) {
+      Refuse(response, 404, "no such run is kept");
+    } else {
+      response.set_content("{}", kJson);
+    }
+  }
+
+  ReportServer& reports;
+  const Inventory inventory;
+  BodyCache bodies;
+  int port = 0;
+  std::thread accepting;
+};
+
+Viewer::Viewer(ReportServer& shown) : reports(shown) {}
+
+Viewer::~Viewer() {
+  Stop();
+}
+
+bool Viewer::Start(int port, std::string* why) {
+  auto inventory = Inventory::Parse(ContentOf("data-inventory.json"), why);
+  if (!inventory) {
+    return false;
+  }
+  server = std::make_unique<Server>(reports, std::move(*inventory));
+  const std::string host = "127.0.0.1";
+  errno = 0;
+  server->port = port == 0                          ? server->bind_to_any_port(host)
+                 : server->bind_to_port(host, port) ? port
+                                                    : -1;
+  if (server->port < 0) {
+    *why = Print("cannot listen on %s:%d: %s", host, port, std::generic_category().message(errno));
+    return false;
+  }
+  server->accepting = std::thread([this] { server->listen_after_bind(); });
+  while (!server->is_running()) {
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+void Viewer::Stop() {
+  if (server && server->accepting.joinable()) {
+    server->stop();
+    server->accepting.join();
+  }
+}
+
+std::string Viewer::Url() const {
+  return server && server->port > 0 ? Print("http://127.0.0.1:%d", server->port) : "";
+}
+
+}  // namespace ostrell
