@@ -3,11 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
-#include <zlib.h>
 
 #include <regex>
 #include <string>
 
+#include "tests/support/kept_uploads.h"
 #include "tests/support/recorded_cases.h"
 
 namespace ostrell {
@@ -18,14 +18,6 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-std::string Packed(const std::string& text) {
-  std::string packed(compressBound(text.size()), '\0');
-  uLongf size = packed.size();
-  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
-           reinterpret_cast<const Bytef*>(text.data()), text.size());
-  return packed.substr(0, size);
-}
-
 class ViewerTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -33,17 +25,9 @@ class ViewerTest : public testing::Test {
     ASSERT_TRUE(viewer.Start(0, &why)) << why;
   }
 
-  // As if it had come in with the ticket 1.
   void AddUpload(const std::string& report, const std::string& body,
                  const QueryValues& query = {}) {
-    const HttpRequest request{
-        .method = "PUT", .target = "/put/1", .headers = {{"Host", "h"}}, .body = Packed(body)};
-    server.Log().Add({.request = request,
-                      .report = report,
-                      .query = query,
-                      .status = 200,
-                      .ticket = 1,
-                      .body = CheckPackedBody(request.body, {.digest = "", .isJson = true})});
+    KeptUpload{.report = report, .packed = Packed(body), .query = query}.AddTo(server);
   }
 
   httplib::Response Send(const std::string& method, const std::string& path,

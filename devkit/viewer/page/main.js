@@ -19,9 +19,12 @@ function showIntroduction(into) {
   into.replaceChildren(element("p", {class: "soft"}, "Choose a report on the list. What it holds stands here, value by value, with what the data inventory says of each."));
 }
 
+let awaited = null;  // a request that is to be shown and has not come in yet
+
 async function show() {
   const hash = location.hash || "#/";
   const request = hash.match(/^#\/request\/(\d+)$/);
+  awaited = request && !requests.has(Number(request[1])) ? Number(request[1]) : null;
   document.body.classList.toggle("showing", hash !== "#/");
   for (const link of document.querySelectorAll("nav a")) {
     const isCurrent = link.getAttribute("href") === (request ? "#/" : hash);
@@ -42,7 +45,7 @@ async function follow() {
       const {changed, isMore} = await nextChanges();
       showChanges(changed);
       state.textContent = `${numberText(runs.size)} runs, ${numberText(requests.size)} requests`;
-      if (isFirst && !isMore) {
+      if ((isFirst && !isMore) || requests.has(awaited)) {
         isFirst = false;
         show();
       }
@@ -59,6 +62,8 @@ document.getElementById("clear").addEventListener("click", async () => {
 });
 addEventListener("hashchange", async () => {
   await show();
-  place.focus();
+  if (!place.contains(document.activeElement)) {
+    place.focus();
+  }
 });
 follow();

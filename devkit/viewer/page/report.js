@@ -55,7 +55,7 @@ async function showRequest(panel, upload, entries) {
   for (const line of [upload.question, upload.ask, upload.put].filter((each) => each)) {
     const described = await describeRequest(line.number);
     parts.push(element("h3", {}, `${line.number}: ${wordsOf(line)}`), element("p", {class: "value"}, `${line.method} ${line.target}`));
-    if (line.method !== "PUT") {
+    if (line.method !== "PUT" || !upload.ask) {  // whose query is that of its ticket
       parts.push(valueRows(entries, described.query));
     }
     parts.push(element("details", {}, element("summary", {}, `${described.headers.length} header lines`), valueRows(entries, described.headers)));
