@@ -22,6 +22,7 @@ constexpr int kUsageError = 2;
 constexpr std::string_view kHelp =
     R"(Usage: report_server [--port N] [--view-port N] [--store DIR] [--fault NAME]...
                      [--instructions FILE] [--known FILE] [--exec COMMAND ARG...]
+       report_server --tail PAGE
 
 Local report server: HTTPS on 127.0.0.1 with a certificate made at start. Serves until SIGTERM or
 SIGINT; with --exec until the command ends.
@@ -36,6 +37,8 @@ SIGINT; with --exec until the command ends.
   --exec COMMAND...    run the command with OSTRELL_TEST_SERVER=https://127.0.0.1:PORT and
                        OSTRELL_TEST_VIEWER, the page's address, and exit with its code (128 + N
                        when signal N ended it, 127 when it cannot be started)
+  --tail PAGE          serve nothing; print a line for each request of the server whose page has the
+                       address PAGE, as they come in, until it ends
   --help               this text
 
 A request to /fault/NAME/PATH has that fault and no other; /fault/none/PATH has none.
@@ -113,6 +116,7 @@ std::variant<Arguments, int> ParseArguments(int argc, char** argv) {
                                  {"known", required_argument, nullptr, 'k'},
                                  {"exec", no_argument, nullptr, 'e'},
                                  {"help", no_argument, nullptr, 'h'},
+                                 {"tail", required_argument, nullptr, 't'},
                                  {"view-port", required_argument, nullptr, 'v'},
                                  {}};
   Arguments arguments;
@@ -125,6 +129,9 @@ std::variant<Arguments, int> ParseArguments(int argc, char** argv) {
         break;
       case 'v':
         isRight = TakePort(optarg, arguments.viewPort);
+        break;
+      case 't':
+        arguments.followed = optarg;
         break;
       case 's':
         arguments.options.store = optarg;

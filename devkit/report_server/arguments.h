@@ -12,6 +12,7 @@ namespace ostrell {
 struct Arguments {
   ReportServerOptions options;
   int viewPort = 0;                  // of the page; 0 takes a free one
+  std::string followed;              // address of another server's page; empty: serve
   std::vector<std::string> command;  // to be run while the server serves; empty: none
 };
 

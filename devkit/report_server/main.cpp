@@ -7,6 +7,7 @@
 #include "devkit/report_server/arguments.h"
 #include "devkit/report_server/command.h"
 #include "devkit/report_server/report_server.h"
+#include "devkit/viewer/tail.h"
 #include "devkit/viewer/viewer.h"
 
 namespace {
@@ -18,6 +19,12 @@ int Run(int argc, char** argv) {
     return *exitCode;
   }
   auto& arguments = std::get<ostrell::Arguments>(parsed);
+  if (!arguments.followed.empty()) {
+    const auto print = [](const std::string& line) {
+      return std::puts(line.c_str()) != EOF && std::fflush(stdout) == 0;
+    };
+    return ostrell::FollowRequests(arguments.followed, print) ? 0 : kCannotServe;
+  }
   ostrell::HoldSignals();
   ostrell::ReportServer server(std::move(arguments.options));
   std::string why;

@@ -98,7 +98,7 @@ std::optional<Place> PlaceAt(const json_t* body, std::string_view pointer) {
 }
 
 // At most `limit` bytes, whole characters.
-std::string_view Beginning(std::string_view text, size_t limit) {
+std::string_view BeginningOf(std::string_view text, size_t limit) {
   if (text.size() <= limit) {
     return text;
   }
@@ -217,7 +217,8 @@ class Places {
     if (json_array_size(list.Get()) < kMaxPlaces) {
       JsonOwner place(json_object());
       json_object_set_new(place.Get(), "at", at);
-      json_object_set_new(place.Get(), "text", JsonString(Beginning(text, kMaxPreview)).Release());
+      json_object_set_new(place.Get(), "text",
+                          JsonString(BeginningOf(text, kMaxPreview)).Release());
       json_array_append_new(list.Get(), place.Release());
     } else {
       json_decref(at);
@@ -357,23 +358,27 @@ JsonOwner DescribeSections(const Inventory& inventory, std::string_view report,
 }
 
 std::string PreviewOf(const json_t* value, size_t limit, bool* isCut) {
-  const bool isText = json_is_string(value);
   std::string text;
-  size_t size = 0;
-  if (isText) {
-    text = Beginning({json_string_value(value), json_string_length(value)}, limit);
-    size = json_string_length(value);
+  if (json_is_string(value)) {
+    text.assign(json_string_value(value), json_string_length(value));
   } else {
-    // Not the whole text, which may be long.
-    text.resize(limit + 1);
-    size = json_dumpb(value, text.data(), text.size(), JSON_COMPACT | JSON_ENCODE_ANY);
-    text.resize(std::min(size, text.size()));
-    text = Beginning(text, limit);
+    // No further than it is shown: the whole text may be long.
+    struct Beginning {
+      std::string& text;
+      size_t limit;
+    } beginning{.text = text, .limit = limit};
+    const auto append = [](const char* bytes, size_t size, void* data) {
+      auto& [taken, most] = *static_cast<Beginning*>(data);
+      taken.append(bytes, size);
+      return taken.size() <= most ? 0 : -1;
+    };
+    json_dump_callback(value, append, &beginning, JSON_COMPACT | JSON_ENCODE_ANY);
   }
+  const std::string_view shown = BeginningOf(text, limit);
   if (isCut != nullptr) {
-    *isCut = text.size() < size;
+    *isCut = shown.size() < text.size();
   }
-  return text;
+  return std::string(shown);
 }
 
 JsonOwner FindInDocument(const json_t* body, std::string_view text) {

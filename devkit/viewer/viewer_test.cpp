@@ -6,7 +6,9 @@
 
 #include <regex>
 #include <string>
+#include <vector>
 
+#include "devkit/viewer/tail.h"
 #include "tests/support/kept_uploads.h"
 #include "tests/support/recorded_cases.h"
 
@@ -158,6 +160,24 @@ TEST_F(ViewerTest, RequestsAreClearedAndRunsAnnotated) {
   EXPECT_EQ(Send("DELETE", "/api/requests", json).status, 200);
   EXPECT_THAT(Get("/api/changes?after=0&wait=0"), HasSubstr("\"oldest\":2,\"requests\":[]"));
   EXPECT_EQ(Send("GET", "/api/requests/1").status, 404);
+}
+
+TEST_F(ViewerTest, RequestsAreFollowedLineByLine) {
+  AddUpload("rc7", "[1, 2]");
+  std::vector<std::string> lines;
+  const HttpRequest second{.method = "GET", .target = "/x"};
+  EXPECT_TRUE(FollowRequests(viewer.Url(), [&](const std::string& line) {
+    lines.push_back(line);
+    if (lines.size() == 1) {
+      server.Log().Add({.request = second, .status = 404, .fault = "cut"});
+    }
+    return lines.size() < 2;
+  }));
+  EXPECT_THAT(lines, testing::ElementsAre("     1  run 1    rc7  PUT  200  packed 14, unpacked 6, "
+                                          "items 2, digest mismatch, stream ok, JSON ok",
+                                          "     2  run 1    -    GET  404  fault cut"));
+  viewer.Stop();
+  EXPECT_FALSE(FollowRequests(viewer.Url(), [](const std::string&) { return true; }));
 }
 
 }  // namespace

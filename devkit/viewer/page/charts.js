@@ -17,7 +17,8 @@ export function barChart(caption, rows) {
         svgElement("text", {x: 0, y: y + 13}, row.name.slice(0, 20)),
         svgElement("rect", {class: "bar", x: kNames, y: y + 3, height: 6, width: length(row, "count")}),
         svgElement("rect", {class: "bar second", x: kNames, y: y + 10, height: 5, width: length(row, "bytes")}),
-        svgElement("text", {x: kNames + length(row, "count") + 4, y: y + 11}, numberText(row.count)));
+        svgElement("text", {x: kNames + Math.max(length(row, "count"), length(row, "bytes")) + 4, y: y + 12},
+                   row.count === undefined ? `${numberText(row.bytes)} bytes` : numberText(row.count)));
   });
   const body = rows.map((row) => element("tr", {},
       element("td", {}, row.link ? element("a", {href: row.link}, row.name) : row.name), numberCell(row.count), numberCell(row.bytes)));
