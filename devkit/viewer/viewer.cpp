@@ -76,20 +76,34 @@ uint64_t NumberParameter(const Request& request, const char* name, uint64_t othe
   return NumberOf<uint64_t>(request.get_param_value(name)).value_or(otherwise);
 }
 
+// What the library is given as a whole text it would compress for a browser, for more than a second
+// where it is long.
+void Send(Response& response, std::string text, const char* type) {
+  const size_t size = text.size();
+  if (size == 0) {
+    response.set_content("", type);  // the library has no provider of nothing
+    return;
+  }
+  response.set_content_provider(
+      size, type, [text = std::move(text)](size_t from, size_t count, httplib::DataSink& sink) {
+        return sink.write(text.data() + from, count);
+      });
+}
+
 void Refuse(Response& response, int status, const char* why) {
   response.status = status;
   response.set_content(std::string(why) + "\n", "text/plain");
 }
 
 void SendJson(Response& response, const JsonOwner& value) {
-  response.set_content(CompactText(value), kJson);
+  Send(response, CompactText(value), kJson);
 }
 
 void SendAttachment(Response& response, const std::string& bytes, const std::string& name) {
   response.headers.erase("Content-Security-Policy");
   response.set_header("Content-Security-Policy", "default-src 'none'; sandbox");
   response.set_header("Content-Disposition", "attachment; filename=\"" + name + "\"");
-  response.set_content(bytes, kBinary);
+  Send(response, bytes, kBinary);
 }
 
 JsonOwner Parsed(std::string_view text) {
@@ -243,7 +257,7 @@ struct Viewer::Server : httplib::Server {
 
   static void SendFile(std::string_view name, Response& response) {
     if (const std::string_view content = ContentOf(name); !content.empty()) {
-      response.set_content(content.data(), content.size(), TypeOfFile(name));
+      Send(response, std::string(content), TypeOfFile(name));
     } else {
       Refuse(response, 404, "no such file");
     }
@@ -252,7 +266,7 @@ struct Viewer::Server : httplib::Server {
   void Changes(const Request& request, Response& response) {
     const auto wait = std::chrono::milliseconds(std::min<uint64_t>(
         NumberParameter(request, "wait", kLongestWait.count()), kLongestWait.count()));
-    response.set_content(reports.Changes(NumberParameter(request, "after"), wait), kJson);
+    Send(response, reports.Changes(NumberParameter(request, "after"), wait), kJson);
   }
 
   JsonOwner DescribeValues(const KeptRequest& request, const json_t* line, const char* member) {

@@ -94,6 +94,9 @@ TEST_F(ViewerTest, BodiesAreAttachmentsAndThePageRunsItsOwnScriptsOnly) {
   }
   EXPECT_EQ(Get("/api/requests/1/body"), "<script>alert(1)</script>");
   EXPECT_EQ(Get("/api/requests/1/packed"), Packed("<script>alert(1)</script>"));
+  AddUpload("rc4", "");
+  EXPECT_EQ(Send("GET", "/api/requests/2/body").status, 200);
+  EXPECT_EQ(Get("/api/requests/2/body"), "");
   const std::string policy = Send("GET", "/").get_header_value("Content-Security-Policy");
   for (const char* part : {"default-src 'none'", "script-src 'self'", "base-uri 'none'",
                            "require-trusted-types-for 'script'", "trusted-types 'none'"}) {
