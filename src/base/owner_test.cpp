@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <vector>
 
 #include "base/limited_set.h"
@@ -48,12 +49,44 @@ TEST(Owner, AssigningToItselfReleasingAndReceiving) {
 
 TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
   LimitedSet<uint32_t> set(2);
-  EXPECT_TRUE(set.Add(0));
-  EXPECT_FALSE(set.Add(0));
-  EXPECT_TRUE(set.Add(7));
-  EXPECT_TRUE(set.Add(8));
-  EXPECT_TRUE(set.Add(8));
-  EXPECT_FALSE(set.Add(7));
+  EXPECT_TRUE(set.Add(0, false));
+  EXPECT_FALSE(set.Add(0, false));
+  EXPECT_TRUE(set.Add(7, false));
+  EXPECT_TRUE(set.Add(8, false));
+  EXPECT_TRUE(set.Add(8, false));
+  EXPECT_FALSE(set.Add(7, false));
+}
+
+bool isMemoryShort = false;
+
+struct ScarceKey {
+  explicit ScarceKey(int number) : value(number) {}
+  ScarceKey(const ScarceKey& other) : value(isMemoryShort ? throw std::bad_alloc() : other.value) {}
+  bool operator==(const ScarceKey& other) const { return value == other.value; }
+
+  int value;
+};
+
+struct ScarceHash {
+  size_t operator()(const ScarceKey& key) const { return static_cast<size_t>(key.value); }
+};
+
+}  // namespace
+}  // namespace ostrell
+
+template <>
+struct std::hash<ostrell::ScarceKey> : ostrell::ScarceHash {};
+
+namespace ostrell {
+namespace {
+
+TEST(LimitedSet, CallerSaysWhatIsSoWithoutMemory) {
+  LimitedSet<ScarceKey> set(2);
+  EXPECT_TRUE(set.Add(ScarceKey(1), false));
+  isMemoryShort = true;
+  EXPECT_FALSE(set.Add(ScarceKey(2), false));
+  EXPECT_TRUE(set.Add(ScarceKey(2), true));
+  EXPECT_FALSE(set.Add(ScarceKey(1), true));
 }
 
 }  // namespace

@@ -126,7 +126,7 @@ JsonOwner KeepFirstOfEach(const JsonOwner& records,
   LimitedSet<uint32_t> met(kMaxFingerprints);
   for (json_t* const record : Elements(records.Get())) {
     const auto fingerprint = fingerprintOf(record);
-    if (fingerprint && met.Add(*fingerprint)) {
+    if (fingerprint && met.Add(*fingerprint, true)) {
       json_array_append(kept.Get(), entryOf(record));
     }
   }

@@ -54,7 +54,7 @@ void RunSamplePass(const JsonOwner& records, PathOfRecord* pathOf, PathKeys& han
       return;
     }
     const auto path = pathOf(record);
-    if (path && handled.Add(PathKey(*path))) {
+    if (path && handled.Add(PathKey(*path), false)) {
       submit(*path);
     }
   }

@@ -18,7 +18,8 @@ namespace ostrell {
 // lower case, with a seed of its own.
 uint64_t PathKey(std::string_view path);
 
-// The files that a run has handled. One past the limit is handled again.
+// The files that a run has handled. One past the limit is handled again, one for which there is no
+// memory is left out: none is to be sent twice.
 using PathKeys = LimitedSet<uint64_t>;
 inline constexpr size_t kMaxPathKeys = 0xfffffff;
 
