@@ -106,66 +106,59 @@ bool TakeKnown(const char* path, ReportServerOptions& options) {
   return true;
 }
 
+// Takes one of the options that have a value; false when that is wrong.
+bool TakeOption(int letter, Arguments& arguments) {
+  ReportServerOptions& options = arguments.options;
+  switch (letter) {
+    case 'p':
+      return TakePort(optarg, options.port);
+    case 'v':
+      return TakePort(optarg, arguments.viewPort);
+    case 't':
+      arguments.followed = optarg;
+      return true;
+    case 's':
+      options.store = optarg;
+      return true;
+    case 'f':
+      return TakeFault(optarg, options);
+    case 'i':
+      return TakeInstructions(optarg, options);
+    case 'k':
+      return TakeKnown(optarg, options);
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 std::variant<Arguments, int> ParseArguments(int argc, char** argv) {
-  constexpr option kOptions[] = {{"port", required_argument, nullptr, 'p'},
-                                 {"store", required_argument, nullptr, 's'},
-                                 {"fault", required_argument, nullptr, 'f'},
-                                 {"instructions", required_argument, nullptr, 'i'},
-                                 {"known", required_argument, nullptr, 'k'},
-                                 {"exec", no_argument, nullptr, 'e'},
-                                 {"help", no_argument, nullptr, 'h'},
-                                 {"tail", required_argument, nullptr, 't'},
-                                 {"view-port", required_argument, nullptr, 'v'},
-                                 {}};
+  constexpr option kOptions[] = {
+      {"port", required_argument, nullptr, 'p'},  {"view-port", required_argument, nullptr, 'v'},
+      {"tail", required_argument, nullptr, 't'},  {"store", required_argument, nullptr, 's'},
+      {"fault", required_argument, nullptr, 'f'}, {"instructions", required_argument, nullptr, 'i'},
+      {"known", required_argument, nullptr, 'k'}, {"exec", no_argument, nullptr, 'e'},
+      {"help", no_argument, nullptr, 'h'},        {}};
   Arguments arguments;
-  bool isRight = true;
-  bool hasCommand = false;
-  while (isRight && !hasCommand) {
-    switch (getopt_long(argc, argv, "+", kOptions, nullptr)) {
-      case 'p':
-        isRight = TakePort(optarg, arguments.options.port);
-        break;
-      case 'v':
-        isRight = TakePort(optarg, arguments.viewPort);
-        break;
-      case 't':
-        arguments.followed = optarg;
-        break;
-      case 's':
-        arguments.options.store = optarg;
-        break;
-      case 'f':
-        isRight = TakeFault(optarg, arguments.options);
-        break;
-      case 'i':
-        isRight = TakeInstructions(optarg, arguments.options);
-        break;
-      case 'k':
-        isRight = TakeKnown(optarg, arguments.options);
-        break;
-      case 'e':
-        hasCommand = true;
-        break;
-      case 'h':
-        PrintHelp();
-        return 0;
-      case -1:
-        if (optind < argc) {
-          Refuse("unexpected argument", argv[optind]);
-          return kUsageError;
-        }
-        return arguments;
-      default:
-        isRight = false;
+  int letter = 0;
+  while ((letter = getopt_long(argc, argv, "+", kOptions, nullptr)) != -1 && letter != 'e') {
+    if (letter == 'h') {
+      PrintHelp();
+      return 0;
+    }
+    if (!TakeOption(letter, arguments)) {
+      return kUsageError;
     }
   }
-  arguments.command.assign(argv + optind, argv + argc);
-  if (isRight && arguments.command.empty()) {
-    isRight = Refuse("no command after", "--exec");
+  if (letter == 'e') {
+    arguments.command.assign(argv + optind, argv + argc);
   }
-  if (!isRight) {
+  const bool isCommandMissing = letter == 'e' && arguments.command.empty();
+  const bool isTooMany = letter == -1 && optind < argc;
+  if (isCommandMissing || isTooMany) {
+    Refuse(isTooMany ? "unexpected argument" : "no command after",
+           isTooMany ? argv[optind] : "--exec");
     return kUsageError;
   }
   return arguments;

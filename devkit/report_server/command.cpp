@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "base/owner.h"
+#include "base/print.h"
 
 namespace ostrell {
 namespace {
@@ -49,7 +50,7 @@ std::vector<std::string> EnvironmentWith(const std::map<std::string, std::string
     }
   }
   for (const auto& [name, value] : added) {
-    variables.push_back(name + "=" + value);
+    variables.push_back(Print("%s=%s", name, value));
   }
   return variables;
 }

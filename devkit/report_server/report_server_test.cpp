@@ -172,7 +172,7 @@ TEST_F(ReportServerTest, RunsAreToldApartAndTheNewestKept) {
 }
 
 TEST(RequestLogTest, BytesAreBoundedAndAnAnswerHoldsSoMany) {
-  RequestLog log({.bytes = 10 * 4000});
+  RequestLog log({.bytes = 40000});
   const HttpRequest request{
       .method = "GET", .target = "/", .headers = {}, .body = std::string(3500, 'x')};
   for (int i = 0; i < 20; ++i) {
