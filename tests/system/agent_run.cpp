@@ -72,6 +72,12 @@ SampleProduct::SampleProduct(Due due) {
   }
 }
 
+void SampleProduct::Become(const std::string& scenario) const {
+  EXPECT_EQ(RunCommand(Quoted(kSource + "/devkit/sample/sample") + " scenario " + Quoted(kPrefix) +
+                       " " + scenario),
+            0);
+}
+
 std::filesystem::path SampleProduct::BinFolder() const {
   return InstallFolder() / "bin";
 }

@@ -21,6 +21,9 @@ class SampleProduct {
   enum class Due { kMachineAndUnified, kAll };
   explicit SampleProduct(Due due = Due::kMachineAndUnified);
 
+  // Makes of it the machine that devkit/sample/scenarios/NAME describes.
+  void Become(const std::string& scenario) const;
+
   // The folders of the installation, as this machine sees them.
   std::filesystem::path BinFolder() const;      // where ostrell.exe and the closed libraries lie
   std::filesystem::path InstallFolder() const;  // VERSION
