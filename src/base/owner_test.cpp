@@ -57,36 +57,33 @@ TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
   EXPECT_FALSE(set.Add(7, false));
 }
 
-bool isMemoryShort = false;
+// A key for which there is no memory.
+constexpr int kTooMuch = 2;
 
 struct ScarceKey {
-  explicit ScarceKey(int number) : value(number) {}
-  ScarceKey(const ScarceKey& other) : value(isMemoryShort ? throw std::bad_alloc() : other.value) {}
-  bool operator==(const ScarceKey& other) const { return value == other.value; }
-
   int value;
-};
-
-struct ScarceHash {
-  size_t operator()(const ScarceKey& key) const { return static_cast<size_t>(key.value); }
+  bool operator==(const ScarceKey&) const = default;
 };
 
 }  // namespace
 }  // namespace ostrell
 
 template <>
-struct std::hash<ostrell::ScarceKey> : ostrell::ScarceHash {};
+struct std::hash<ostrell::ScarceKey> {
+  size_t operator()(const ostrell::ScarceKey& key) const {
+    return key.value == ostrell::kTooMuch ? throw std::bad_alloc() : static_cast<size_t>(key.value);
+  }
+};
 
 namespace ostrell {
 namespace {
 
 TEST(LimitedSet, CallerSaysWhatIsSoWithoutMemory) {
-  LimitedSet<ScarceKey> set(2);
-  EXPECT_TRUE(set.Add(ScarceKey(1), false));
-  isMemoryShort = true;
-  EXPECT_FALSE(set.Add(ScarceKey(2), false));
-  EXPECT_TRUE(set.Add(ScarceKey(2), true));
-  EXPECT_FALSE(set.Add(ScarceKey(1), true));
+  LimitedSet<ScarceKey> set(3);
+  EXPECT_TRUE(set.Add({1}, false));
+  EXPECT_FALSE(set.Add({kTooMuch}, false));
+  EXPECT_TRUE(set.Add({kTooMuch}, true));
+  EXPECT_FALSE(set.Add({1}, true));
 }
 
 }  // namespace
