@@ -179,6 +179,7 @@ struct Viewer::Server : httplib::Server {
     new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
     set_payload_max_length(kMaxChangeBytes);
     set_tcp_nodelay(true);
+    set_keep_alive_timeout(1);  // in seconds; a stop waits for connections that are kept
     set_socket_options([](int socket) {
       const int yes = 1;
       setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
-#include <thread>
 
 namespace ostrell {
 namespace {
@@ -97,12 +96,12 @@ std::string Browser::Text(const std::string& expression) {
 }
 
 void Browser::WaitFor(const std::string& expression) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!json_is_true(Run("return Boolean(" + expression + ")").Get())) {
-    if (std::chrono::steady_clock::now() > end) {
-      throw std::runtime_error(expression + " did not come true");
-    }
-    std::this_thread::yield();
+  const JsonOwner isTrue =
+      Run("const end = performance.now() + 30000; while (!(" + expression +
+          ")) { if (performance.now() > end) return false; "
+          "await new Promise((resolve) => setTimeout(resolve, 10)); } return true");
+  if (!json_is_true(isTrue.Get())) {
+    throw std::runtime_error(expression + " did not come true");
   }
 }
 

@@ -51,6 +51,9 @@ class PageTest : public testing::Test {
       EXPECT_EQ(browser->Complaints(), "");
       browser->Open("about:blank");
     }
+    if (agents) {
+      agents->server.Stop();
+    }
     server.Stop();  // before the page, whose calls wait for changes
   }
 

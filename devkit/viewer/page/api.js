@@ -12,7 +12,7 @@ function change(method, path, body = {}) {
   return call(path, {method, headers: {"Content-Type": "application/json"}, body: JSON.stringify(body)});
 }
 
-export const changesBehind = (cursor) => call(`/api/changes?after=${cursor}`);
+export const changesBehind = (cursor, wait) => call(`/api/changes?after=${cursor}&wait=${wait}`);
 export const describeRequest = (number) => call(`/api/requests/${number}`);
 export const sectionsOf = (number) => call(`/api/requests/${number}/sections`);
 export const textOf = (number, from) => call(`/api/requests/${number}/text?from=${from}`);

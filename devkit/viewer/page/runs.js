@@ -8,7 +8,9 @@ const kRestSeconds = 10;  // a run in which nothing has come in for so long is o
 
 export const runs = new Map();      // by number, oldest first
 export const requests = new Map();  // lines by their number
+const kWait = 5000;       // ms, of a call for changes; the first one does not wait
 let cursor = 0;
+let hasAnswered = false;
 
 // The question for a sample and the request for its ticket meet by the sample's digest, that request
 // and the PUT by the ticket.
@@ -100,7 +102,8 @@ function forgetBelow(oldest) {
 // Waits for changes and takes them in; the numbers of the runs that changed, and whether some were
 // forgotten.
 export async function nextChanges() {
-  const changes = await changesBehind(cursor);
+  const changes = await changesBehind(cursor, hasAnswered ? kWait : 0);
+  hasAnswered = true;
   if (changes.cursor < cursor) {
     runs.clear();  // another server
     requests.clear();
