@@ -100,11 +100,13 @@ function hexText(hex, from) {
   return rows.join("\n");
 }
 
-async function showBytes(panel, {number}, entries) {
+async function showBytes(panel, {number, json}, entries) {
   const {size, sha1} = await bytesOf(number, 0);
   const {body_entry: entry} = await describeRequest(number);
   panel.replaceChildren(
-      element("p", {}, `${numberText(size)} bytes, SHA-1 `, element("span", {class: "value"}, sha1)), entryLine(entries, entry), downloads(number),
+      element("p", {}, `${numberText(size)} bytes, SHA-1 `, element("span", {class: "value"}, sha1)),
+      json === "none" ? entryLine(entries, entry) : "",  // a damaged document has none as a whole
+      downloads(number),
       blocks(async (from) => {
         const block = await bytesOf(number, from);
         return {shown: element("pre", {class: "hex", tabIndex: 0}, hexText(block.hex, block.from)), reached: from + block.hex.length / 2, size};
