@@ -33,18 +33,6 @@ bool IsContainer(const json_t* value) {
   return json_is_object(value) || json_is_array(value);
 }
 
-// A member's name as a JSON pointer holds it (RFC 6901).
-void AppendName(std::string& pointer, std::string_view name) {
-  pointer += '/';
-  for (const char character : name) {
-    if (character == '~' || character == '/') {
-      pointer += character == '~' ? "~0" : "~1";
-    } else {
-      pointer += character;
-    }
-  }
-}
-
 class BodyWalk {
  public:
   BodyWalk(const Inventory& wanted, std::string_view ofReport, const TakeValue& taker)
@@ -89,7 +77,7 @@ class BodyWalk {
     const char* name = nullptr;
     json_t* member = nullptr;
     json_object_foreach(const_cast<json_t*>(value), name, member) {
-      AppendName(key, name);
+      AppendMember(key, name);
       const InventoryEntry* const own = inventory.Exactly(key, kind);
       TakeOne(std::string_view(key).substr(keyLength), member, own != nullptr ? own : open, open);
       key.resize(keyLength);
@@ -116,6 +104,17 @@ class BodyWalk {
 };
 
 }  // namespace
+
+void AppendMember(std::string& pointer, std::string_view name) {
+  pointer += '/';
+  for (const char character : name) {
+    if (character == '~' || character == '/') {
+      pointer += character == '~' ? "~0" : "~1";
+    } else {
+      pointer += character;
+    }
+  }
+}
 
 std::optional<Inventory> Inventory::Parse(std::string_view json, std::string* why) {
   json_error_t error;

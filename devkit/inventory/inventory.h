@@ -75,6 +75,9 @@ class Inventory {
   std::map<std::string_view, std::string_view> kindMembers;  // of items, by report
 };
 
+// Appends the step to a member of that name to a JSON pointer (RFC 6901).
+void AppendMember(std::string& pointer, std::string_view name);
+
 // A value that leaves with a body, where it stands (JSON pointer), and its entry; null: it has
 // none.
 using TakeValue =

@@ -2,7 +2,6 @@
 
 #include <getopt.h>
 
-#include <charconv>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -13,6 +12,7 @@
 #include "base/json.h"
 #include "base/print.h"
 #include "base/text.h"
+#include "devkit/report_server/whole_number.h"
 
 namespace ostrell {
 namespace {
@@ -69,10 +69,12 @@ bool ReadFile(const char* path, std::string& text) {
 }
 
 bool TakePort(std::string_view text, int& port) {
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, port);
-  const bool isPort = error == std::errc() && stop == end && port >= 0 && port <= 65535;
-  return isPort || Refuse("not a port", text);
+  const auto number = WholeNumber<int>(text);
+  if (!number || *number < 0 || *number > 65535) {
+    return Refuse("not a port", text);
+  }
+  port = *number;
+  return true;
 }
 
 bool TakeFault(const char* name, ReportServerOptions& options) {

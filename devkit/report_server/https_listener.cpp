@@ -1,15 +1,14 @@
 #include "devkit/report_server/https_listener.h"
 
-#include <httplib.h>
 #include <poll.h>
 
 #include <array>
 #include <chrono>
-#include <system_error>
 #include <thread>
 #include <utility>
 
 #include "devkit/report_server/certificate.h"
+#include "devkit/report_server/loopback_server.h"
 
 namespace ostrell {
 namespace {
@@ -98,17 +97,11 @@ void Send(HttpAnswer answer, const httplib::Request& request, httplib::Response&
 struct HttpsListener::Server : httplib::SSLServer {
   Server(const HttpsListener& ownedBy, const Certificate& identity)
       : SSLServer(identity.certificate.Get(), identity.key.Get()), owner(ownedBy) {
-    new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
+    PrepareForLoopback(*this, kWorkerThreads);
     set_keep_alive_max_count(1);
     set_keep_alive_timeout(kPeerTimeoutSeconds);
     set_read_timeout(kPeerTimeoutSeconds);
     set_write_timeout(kPeerTimeoutSeconds);
-    set_tcp_nodelay(true);  // otherwise a body waits for the acknowledgement of its headers, 40 ms
-    // The library's own choice would let two servers share a port.
-    set_socket_options([](int socket) {
-      const int yes = 1;
-      setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    });
     set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
       return AnswerWithoutBody(request, response);
     });
@@ -174,28 +167,17 @@ bool HttpsListener::Start(int port, std::string* why) {
     *why = "OpenSSL makes no certificate";
     return false;
   }
-  const std::string host = "127.0.0.1";
-  errno = 0;
-  starting->port = port == 0 ? starting->bind_to_any_port(host)
-                             : (starting->bind_to_port(host, port) ? port : -1);
+  starting->port = ListenOnLoopback(*starting, port, starting->accepting, why);
   if (starting->port < 0) {
-    *why = "cannot listen on " + host + ":" + std::to_string(port) + ": " +
-           std::generic_category().message(errno);
     return false;
   }
   server = std::move(starting);
-  server->accepting = std::thread([this] { server->listen_after_bind(); });
-  // A stop before the library has begun to accept would not be seen by it.
-  while (!server->is_running()) {
-    std::this_thread::yield();
-  }
   return true;
 }
 
 void HttpsListener::Stop() {
-  if (server && server->accepting.joinable()) {
-    server->stop();
-    server->accepting.join();
+  if (server) {
+    StopListening(*server, server->accepting);
   }
 }
 

@@ -1,6 +1,5 @@
 #include "devkit/report_server/report_server.h"
 
-#include <charconv>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -9,6 +8,7 @@
 #include <utility>
 
 #include "devkit/report_server/answers.h"
+#include "devkit/report_server/whole_number.h"
 
 namespace ostrell {
 namespace {
@@ -28,13 +28,7 @@ std::string SameWithoutFault(const RequestTarget& target) {
 // The ticket that "/put/17" names; nothing for any other path.
 std::optional<uint64_t> TicketOfPath(std::string_view path) {
   constexpr std::string_view kPut = "/put/";
-  uint64_t number = 0;
-  const char* const end = path.data() + path.size();
-  if (!path.starts_with(kPut)) {
-    return std::nullopt;
-  }
-  const auto [stop, error] = std::from_chars(path.data() + kPut.size(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+  return path.starts_with(kPut) ? WholeNumber<uint64_t>(path.substr(kPut.size())) : std::nullopt;
 }
 
 bool IsJsonReport(std::string_view report) {

@@ -1,7 +1,6 @@
 #include "devkit/report_server/request_log.h"
 
 #include <algorithm>
-#include <charconv>
 #include <ctime>
 #include <fstream>
 #include <set>
@@ -10,6 +9,7 @@
 
 #include "base/print.h"
 #include "devkit/report_server/json_text.h"
+#include "devkit/report_server/whole_number.h"
 
 namespace ostrell {
 namespace {
@@ -94,10 +94,7 @@ bool WriteFile(const std::filesystem::path& path, std::string_view bytes,
 // The number of a file "NNNN.request"; 0 for any other.
 uint64_t NumberOf(const std::filesystem::path& file) {
   const std::string stem = file.stem();
-  uint64_t number = 0;
-  const auto [end, error] = std::from_chars(stem.data(), stem.data() + stem.size(), number);
-  const bool isNumber = error == std::errc() && end == stem.data() + stem.size();
-  return isNumber && file.extension() == ".request" ? number : 0;
+  return file.extension() == ".request" ? WholeNumber<uint64_t>(stem).value_or(0) : 0;
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "devkit/report_server/json_text.h"
-#include "devkit/viewer/body_view.h"
+#include "devkit/viewer/shown_text.h"
 
 namespace ostrell {
 namespace {

@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <functional>
 #include <map>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "base/fold_case.h"
-#include "base/text.h"
 #include "devkit/report_server/json_text.h"
+#include "devkit/report_server/whole_number.h"
+#include "devkit/viewer/shown_text.h"
 
 namespace ostrell {
 namespace {
@@ -19,7 +18,6 @@ namespace {
 // By which member the items of a body fall into sections.
 constexpr std::array<std::pair<std::string_view, const char*>, 3> kSectionMembers = {
     {{"rc2", "fid"}, {"rc5", "product_name"}, {"rc7", "report_type"}}};
-constexpr size_t kMaxPreview = 160;
 
 const char* SectionMemberOf(std::string_view report) {
   const auto* const found =
@@ -37,26 +35,9 @@ size_t SizeOf(const json_t* value) {
   return json_is_object(value) ? json_object_size(value) : json_array_size(value);
 }
 
-// Without quotes around a text.
-std::string TextOfValue(const json_t* value) {
-  if (json_is_string(value)) {
-    return {json_string_value(value), json_string_length(value)};
-  }
-  const JsonText text(json_dumps(value, JSON_COMPACT | JSON_ENCODE_ANY));
-  return text ? text.Get() : "";
-}
-
 std::string SectionOf(const json_t* item, const char* member) {
   const json_t* const value = json_object_get(item, member);
   return value != nullptr ? TextOfValue(value) : "";
-}
-
-std::string Escaped(std::string_view name) {
-  std::string escaped;
-  for (const char letter : name) {
-    escaped += letter == '~' ? "~0" : letter == '/' ? "~1" : std::string(1, letter);
-  }
-  return escaped;
 }
 
 std::string Unescaped(std::string_view token) {
@@ -69,10 +50,8 @@ std::string Unescaped(std::string_view token) {
 }
 
 const json_t* ElementAt(const json_t* array, std::string_view token) {
-  size_t index = 0;
-  const char* const end = token.data() + token.size();
-  const auto [stop, error] = std::from_chars(token.data(), end, index);
-  return error == std::errc() && stop == end ? json_array_get(array, index) : nullptr;
+  const auto index = WholeNumber<size_t>(token);
+  return index ? json_array_get(array, *index) : nullptr;
 }
 
 // A value of the body, the path of its kind, and the item that it belongs to.
@@ -95,17 +74,6 @@ std::optional<Place> PlaceAt(const json_t* body, std::string_view pointer) {
     place.path += isArray ? "/*" : "/" + std::string(token);
   }
   return place.value != nullptr ? std::optional(std::move(place)) : std::nullopt;
-}
-
-// At most `limit` bytes, whole characters.
-std::string_view BeginningOf(std::string_view text, size_t limit) {
-  if (text.size() <= limit) {
-    return text;
-  }
-  while (limit > 0 && (text[limit] & 0xC0) == 0x80) {
-    --limit;
-  }
-  return text.substr(0, limit);
 }
 
 void SetEntry(json_t* object, const Inventory& inventory, const InventoryEntry* entry) {
@@ -132,7 +100,7 @@ class PartDescription {
       const char* name = nullptr;
       json_t* member = nullptr;
       json_object_foreach(const_cast<json_t*>(parent.value), name, member) {
-        Take(name, Escaped(name), member);
+        Take(name, member);
       }
     }
     JsonOwner described(json_object());
@@ -152,12 +120,12 @@ class PartDescription {
     for (const json_t* const element : Elements(parent.value)) {
       const std::string name = std::to_string(index++);
       if (part.section.empty() || SectionOf(element, member) == part.section) {
-        Take(name, name, element);
+        Take(name, element);
       }
     }
   }
 
-  void Take(const std::string& name, const std::string& token, const json_t* value) {
+  void Take(const std::string& name, const json_t* value) {
     const size_t index = size++;
     if (index < part.from || index - part.from >= part.count) {
       return;
@@ -167,21 +135,23 @@ class PartDescription {
     bool isCut = false;
     const std::string text = PreviewOf(value, isContainer ? kMaxPreview : kMaxShownText, &isCut);
     json_object_set_new(child.Get(), "key", JsonString(name).Release());
-    json_object_set_new(child.Get(), "at",
-                        JsonString(std::string(part.at) + "/" + token).Release());
+    std::string at(part.at);
+    AppendMember(at, name);
+    json_object_set_new(child.Get(), "at", JsonString(at).Release());
     json_object_set_new(child.Get(), "type", json_string(TypeOf(value)));
     json_object_set_new(child.Get(), "size", json_integer(static_cast<json_int_t>(SizeOf(value))));
     json_object_set_new(child.Get(), "text", JsonString(text).Release());
     json_object_set_new(child.Get(), "isCut", json_boolean(isCut));
     if (!IsBody() || !json_is_array(parent.value)) {
-      SetEntry(child.Get(), inventory, EntryOf(token));
+      SetEntry(child.Get(), inventory, EntryOf(name));
     }
     json_array_append_new(children.Get(), child.Release());
   }
 
-  const InventoryEntry* EntryOf(const std::string& token) const {
-    const std::string step = json_is_array(parent.value) ? "*" : token;
-    return inventory.OfBody(report, kind, parent.path + "/" + step);
+  const InventoryEntry* EntryOf(const std::string& name) const {
+    std::string path = parent.path;
+    AppendMember(path, json_is_array(parent.value) ? "*" : name);
+    return inventory.OfBody(report, kind, path);
   }
 
   const Inventory& inventory;
@@ -196,116 +166,6 @@ class PartDescription {
 std::string PathOf(std::string_view pointer, const json_t* body) {
   const auto place = PlaceAt(body, pointer);
   return place ? place->path : std::string(pointer);
-}
-
-std::u32string Folded(std::string_view text) {
-  std::u32string folded;
-  folded.reserve(text.size());
-  while (!text.empty()) {
-    const Utf8Character first = FirstCharacter(text);
-    folded += FoldCase(first.code);
-    text.remove_prefix(first.length);
-  }
-  return folded;
-}
-
-// Texts that are looked for, and the places where they stand.
-class Places {
- public:
-  void Add(json_t* at, std::string_view text) {
-    ++count;
-    if (json_array_size(list.Get()) < kMaxPlaces) {
-      JsonOwner place(json_object());
-      json_object_set_new(place.Get(), "at", at);
-      json_object_set_new(place.Get(), "text",
-                          JsonString(BeginningOf(text, kMaxPreview)).Release());
-      json_array_append_new(list.Get(), place.Release());
-    } else {
-      json_decref(at);
-    }
-  }
-
-  JsonOwner Describe() {
-    JsonOwner found(json_object());
-    json_object_set_new(found.Get(), "count", json_integer(count));
-    json_object_set_new(found.Get(), "places", list.Release());
-    return found;
-  }
-
- private:
-  json_int_t count = 0;
-  JsonOwner list{json_array()};
-};
-
-class DocumentSearch {
- public:
-  DocumentSearch(std::string_view text, Places& found) : wanted(Folded(text)), places(found) {}
-
-  // NOLINTNEXTLINE(misc-no-recursion): as deep as jansson parses.
-  void Search(const json_t* value) {
-    const size_t length = pointer.size();
-    if (json_is_object(value)) {
-      const char* name = nullptr;
-      json_t* member = nullptr;
-      json_object_foreach(const_cast<json_t*>(value), name, member) {
-        pointer += "/" + Escaped(name);
-        Look(name);
-        Search(member);
-        pointer.resize(length);
-      }
-    } else if (json_is_array(value)) {
-      size_t index = 0;
-      for (const json_t* const element : Elements(value)) {
-        pointer += "/" + std::to_string(index++);
-        Search(element);
-        pointer.resize(length);
-      }
-    } else {
-      Look(TextOfValue(value));
-    }
-  }
-
- private:
-  void Look(std::string_view text) {
-    if (Folded(text).find(wanted) != std::u32string::npos) {
-      places.Add(JsonString(pointer).Release(), text);
-    }
-  }
-
-  const std::u32string wanted;
-  Places& places;
-  std::string pointer;
-};
-
-void FindEncoded(std::string_view bytes, std::string_view encoded, std::string_view text,
-                 Places& places) {
-  const auto isSame = [](char left, char right) { return LowerAscii(left) == LowerAscii(right); };
-  auto at = bytes.begin();
-  while ((at = std::search(at, bytes.end(), encoded.begin(), encoded.end(), isSame)) !=
-         bytes.end()) {
-    places.Add(json_integer(at - bytes.begin()), text);
-    ++at;
-  }
-}
-
-std::string Utf16Of(std::string_view text) {
-  std::string encoded;
-  while (!text.empty()) {
-    const Utf8Character first = FirstCharacter(text);
-    text.remove_prefix(first.length);
-    const char32_t code = first.code;
-    const auto append = [&encoded](char32_t unit) {
-      encoded += static_cast<char>(unit & 0xFF);
-      encoded += static_cast<char>(unit >> 8);
-    };
-    if (code < 0x10000) {
-      append(code);
-    } else {
-      append(0xD800 + ((code - 0x10000) >> 10));
-      append(0xDC00 + ((code - 0x10000) & 0x3FF));
-    }
-  }
-  return encoded;
 }
 
 }  // namespace
@@ -355,47 +215,6 @@ JsonOwner DescribeSections(const Inventory& inventory, std::string_view report,
   }
   return JsonOwner(json_pack("{s:s, s:o, s:o}", "by", member, "sections", rows.Release(), "unknown",
                              paths.Release()));
-}
-
-std::string PreviewOf(const json_t* value, size_t limit, bool* isCut) {
-  std::string text;
-  if (json_is_string(value)) {
-    text.assign(json_string_value(value), json_string_length(value));
-  } else {
-    // No further than it is shown: the whole text may be long.
-    struct Beginning {
-      std::string& text;
-      size_t limit;
-    } beginning{.text = text, .limit = limit};
-    const auto append = [](const char* bytes, size_t size, void* data) {
-      auto& [taken, most] = *static_cast<Beginning*>(data);
-      taken.append(bytes, size);
-      return taken.size() <= most ? 0 : -1;
-    };
-    json_dump_callback(value, append, &beginning, JSON_COMPACT | JSON_ENCODE_ANY);
-  }
-  const std::string_view shown = BeginningOf(text, limit);
-  if (isCut != nullptr) {
-    *isCut = shown.size() < text.size();
-  }
-  return std::string(shown);
-}
-
-JsonOwner FindInDocument(const json_t* body, std::string_view text) {
-  Places places;
-  if (!text.empty()) {
-    DocumentSearch(text, places).Search(body);
-  }
-  return places.Describe();
-}
-
-JsonOwner FindInBytes(std::string_view bytes, std::string_view text) {
-  Places places;
-  if (!text.empty()) {
-    FindEncoded(bytes, text, text, places);
-    FindEncoded(bytes, Utf16Of(text), text, places);
-  }
-  return places.Describe();
 }
 
 }  // namespace ostrell

@@ -23,10 +23,9 @@ struct Part {
 
 // {"type", "size", "from", "children": [{"key", "at", "type", "size", "text", "isCut", "entry"}]};
 // "size" counts the members or elements (of the section), "text" is a scalar, or the beginning of
-// what another value holds, at most kMaxShownText bytes. Null when there is no such value.
+// what another value holds (shown_text.h). Null when there is no such value.
 JsonOwner DescribePart(const Inventory& inventory, std::string_view report, const json_t* body,
                        const Part& part);
-inline constexpr size_t kMaxShownText = 4096;
 
 // The items of a body by their kind: {"by": the member that tells it, "sections": [{"name",
 // "count", "bytes"}], "unknown": [{"path", "count", "at"}]}. "bytes" are those of the items'
@@ -34,17 +33,5 @@ inline constexpr size_t kMaxShownText = 4096;
 // first kMaxUnknown of them, and where one of them is.
 JsonOwner DescribeSections(const Inventory& inventory, std::string_view report, const json_t* body);
 inline constexpr size_t kMaxUnknown = 100;
-
-// The beginning of a value's compact text, of a text without its quotes; at most `limit` bytes of
-// whole characters. `isCut` may be null.
-std::string PreviewOf(const json_t* value, size_t limit, bool* isCut = nullptr);
-
-// Where a text stands in the keys, texts and numbers of a body, letters of every alphabet in any
-// case: {"count", "places": [{"at", "text"}]}, the first kMaxPlaces of them. An empty text stands
-// nowhere.
-JsonOwner FindInDocument(const json_t* body, std::string_view text);
-// The same in bytes, as UTF-8 and as UTF-16, ASCII letters in any case; "at" is an offset.
-JsonOwner FindInBytes(std::string_view bytes, std::string_view text);
-inline constexpr size_t kMaxPlaces = 20;
 
 }  // namespace ostrell

@@ -4,11 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <chrono>
 #include <optional>
-#include <random>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -17,10 +14,15 @@
 #include "base/print.h"
 #include "base/sha1.h"
 #include "devkit/report_server/json_text.h"
+#include "devkit/report_server/loopback_server.h"
+#include "devkit/report_server/whole_number.h"
 #include "devkit/viewer/body_cache.h"
 #include "devkit/viewer/body_difference.h"
+#include "devkit/viewer/body_search.h"
 #include "devkit/viewer/body_view.h"
+#include "devkit/viewer/fault_switch_json.h"
 #include "devkit/viewer/page_files.h"
+#include "devkit/viewer/request_guard.h"
 
 namespace ostrell {
 namespace {
@@ -36,18 +38,6 @@ constexpr size_t kHexBlock = size_t{4} << 10;
 constexpr size_t kMaxChangeBytes = size_t{1} << 20;  // of a call that changes something
 
 constexpr auto kBinary = "application/octet-stream";
-constexpr auto kJson = "application/json";
-
-constexpr std::pair<const char*, const char*> kHeadersOfAll[] = {
-    {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src 'self'; "
-     "base-uri 'none'; form-action 'none'; frame-ancestors 'none'; "
-     "require-trusted-types-for 'script'; trusted-types 'none'"},
-    {"X-Content-Type-Options", "nosniff"},
-    {"Referrer-Policy", "no-referrer"},
-    {"Cross-Origin-Resource-Policy", "same-origin"},
-    {"Cross-Origin-Opener-Policy", "same-origin"},
-    {"Cache-Control", "no-store"}};
 
 const char* TypeOfFile(std::string_view name) {
   return name.ends_with(".js")     ? "text/javascript; charset=utf-8"
@@ -64,16 +54,8 @@ std::string_view ContentOf(std::string_view name) {
   return found != files.end() ? found->content : std::string_view();
 }
 
-template <class Number>
-std::optional<Number> NumberOf(std::string_view digits) {
-  Number number = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
 uint64_t NumberParameter(const Request& request, const char* name, uint64_t otherwise = 0) {
-  return NumberOf<uint64_t>(request.get_param_value(name)).value_or(otherwise);
+  return WholeNumber<uint64_t>(request.get_param_value(name)).value_or(otherwise);
 }
 
 // What the library is given as a whole text it would compress for a browser, for more than a second
@@ -88,11 +70,6 @@ void Send(Response& response, std::string text, const char* type) {
       size, type, [text = std::move(text)](size_t from, size_t count, httplib::DataSink& sink) {
         return sink.write(text.data() + from, count);
       });
-}
-
-void Refuse(Response& response, int status, const char* why) {
-  response.status = status;
-  response.set_content(std::string(why) + "\n", "text/plain");
 }
 
 void SendJson(Response& response, const JsonOwner& value) {
@@ -117,75 +94,16 @@ const char* RequestKindOf(const KeptRequest& request, const json_t* line) {
                                                                            : "question";
 }
 
-JsonOwner DescribeSwitch(const FaultEntry& fault, const FaultSwitches::State* state) {
-  JsonOwner row(json_object());
-  json_object_set_new(row.Get(), "name", JsonString(fault.name).Release());
-  json_object_set_new(row.Get(), "help", JsonString(fault.help).Release());
-  json_object_set_new(row.Get(), "isOn", json_boolean(state != nullptr));
-  if (state == nullptr) {
-    return row;
-  }
-  const FaultSwitch& how = state->how;
-  const auto set = [&row](const char* name, uint64_t number) {
-    json_object_set_new(row.Get(), name, json_integer(static_cast<json_int_t>(number)));
-  };
-  json_object_set_new(row.Get(), "report", JsonString(how.report).Release());
-  json_object_set_new(row.Get(), "probability", json_real(how.probability));
-  set("after", how.after);
-  set("seed", how.seed);
-  set("concerned", state->concerned);
-  set("acted", state->acted);
-  if (how.times) {
-    set("times", *how.times);
-  }
-  return row;
-}
-
-// Nothing for a document that is no object, or holds a value of another kind than it should.
-std::optional<FaultSwitch> SwitchOf(const json_t* wanted) {
-  FaultSwitch how{.seed = std::random_device()()};
-  if (!json_is_object(wanted)) {
-    return std::nullopt;
-  }
-  const char* name = nullptr;
-  json_t* value = nullptr;
-  json_object_foreach(const_cast<json_t*>(wanted), name, value) {
-    const std::string_view key = name;
-    const auto number = json_is_integer(value) && json_integer_value(value) >= 0
-                            ? std::optional<uint64_t>(json_integer_value(value))
-                            : std::nullopt;
-    if (key == "report" && json_is_string(value)) {
-      how.report = json_string_value(value);
-    } else if (key == "probability" && json_is_number(value)) {
-      how.probability = json_number_value(value);
-    } else if (key == "after" && number) {
-      how.after = *number;
-    } else if (key == "times" && number) {
-      how.times = number;
-    } else if (key == "seed" && number) {
-      how.seed = static_cast<uint32_t>(*number);
-    } else {
-      return std::nullopt;
-    }
-  }
-  return how;
-}
-
 }  // namespace
 
 struct Viewer::Server : httplib::Server {
   Server(ReportServer& shown, Inventory described)
       : reports(shown), inventory(std::move(described)) {
-    new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
+    PrepareForLoopback(*this, kWorkerThreads);
     set_payload_max_length(kMaxChangeBytes);
-    set_tcp_nodelay(true);
     set_keep_alive_timeout(1);  // in seconds; a stop waits for connections that are kept
-    set_socket_options([](int socket) {
-      const int yes = 1;
-      setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    });
     set_pre_routing_handler([this](const Request& request, Response& response) {
-      return LetIn(request, response) ? HandlerResponse::Unhandled : HandlerResponse::Handled;
+      return LetIn(request, port, response) ? HandlerResponse::Unhandled : HandlerResponse::Handled;
     });
     Route();
   }
@@ -226,7 +144,7 @@ struct Viewer::Server : httplib::Server {
   using RequestMethod = void (Server::*)(const KeptRequest&, const Request&, Response&);
   Handler CallFor(RequestMethod method) {
     return [this, method](const Request& request, Response& response) {
-      const auto number = NumberOf<uint64_t>(request.matches[1].str());
+      const auto number = WholeNumber<uint64_t>(request.matches[1].str());
       const KeptRequestPtr kept = number ? reports.Log().Find(*number) : nullptr;
       if (kept) {
         (this->*method)(*kept, request, response);
@@ -234,26 +152,6 @@ struct Viewer::Server : httplib::Server {
         Refuse(response, 404, "no such request is kept");
       }
     };
-  }
-
-  // Also sets what stands on every answer.
-  bool LetIn(const Request& request, Response& response) const {
-    for (const auto& [name, value] : kHeadersOfAll) {
-      response.set_header(name, value);
-    }
-    const std::string host = request.get_header_value("Host");
-    const std::string colonPort = Print(":%d", port);
-    const std::string site = request.get_header_value("Sec-Fetch-Site");
-    if (host != "127.0.0.1" + colonPort && host != "localhost" + colonPort) {
-      Refuse(response, 403, "not under this name");
-    } else if (!site.empty() && site != "none" && site != "same-origin") {
-      Refuse(response, 403, "not from another page");
-    } else if (request.method != "GET" && request.get_header_value("Content-Type") != kJson) {
-      Refuse(response, 415, "a change is application/json");
-    } else {
-      return true;
-    }
-    return false;
   }
 
   static void SendFile(std::string_view name, Response& response) {
@@ -432,7 +330,7 @@ struct Viewer::Server : httplib::Server {
 
   void SetNotSent(const Request& request, Response& response) {
     const std::string named = request.matches[1].str();
-    const auto run = named == "newest" ? reports.Log().NewestRun() : NumberOf<uint64_t>(named);
+    const auto run = named == "newest" ? reports.Log().NewestRun() : WholeNumber<uint64_t>(named);
     JsonOwner rows = Parsed(request.body);
     if (!json_is_array(rows.Get())) {
       Refuse(response, 400, "no list");
@@ -462,26 +360,13 @@ bool Viewer::Start(int port, std::string* why) {
     return false;
   }
   server = std::make_unique<Server>(reports, std::move(*inventory));
-  const std::string host = "127.0.0.1";
-  errno = 0;
-  server->port = port == 0                          ? server->bind_to_any_port(host)
-                 : server->bind_to_port(host, port) ? port
-                                                    : -1;
-  if (server->port < 0) {
-    *why = Print("cannot listen on %s:%d: %s", host, port, std::generic_category().message(errno));
-    return false;
-  }
-  server->accepting = std::thread([this] { server->listen_after_bind(); });
-  while (!server->is_running()) {
-    std::this_thread::yield();
-  }
-  return true;
+  server->port = ListenOnLoopback(*server, port, server->accepting, why);
+  return server->port >= 0;
 }
 
 void Viewer::Stop() {
-  if (server && server->accepting.joinable()) {
-    server->stop();
-    server->accepting.join();
+  if (server) {
+    StopListening(*server, server->accepting);
   }
 }
 

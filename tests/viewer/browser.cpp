@@ -5,7 +5,6 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <stdexcept>
 
 namespace ostrell {
@@ -16,27 +15,6 @@ constexpr auto kCapabilities = R"({"capabilities": {"alwaysMatch": {"browserName
   "timeouts": {"script": 60000},
   "goog:loggingPrefs": {"browser": "ALL"}, "goog:chromeOptions": {"args": ["--headless=new",
   "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--no-proxy-server"]}}}})";
-
-std::string DecodedBase64(const std::string& text) {
-  std::string bytes;
-  uint32_t bits = 0;
-  int count = 0;
-  for (const char letter : text) {
-    const std::string_view kLetters =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const size_t value = kLetters.find(letter);
-    if (value == std::string_view::npos) {
-      break;
-    }
-    bits = bits << 6 | static_cast<uint32_t>(value);
-    count += 6;
-    if (count >= 8) {
-      count -= 8;
-      bytes += static_cast<char>(bits >> count & 0xFF);
-    }
-  }
-  return bytes;
-}
 
 }  // namespace
 
@@ -123,11 +101,6 @@ std::string Browser::Complaints() {
     text.append(TextMember(line, "message").value_or("")).append("\n");
   }
   return text;
-}
-
-void Browser::TakePicture(const std::string& file) {
-  const JsonOwner picture = CallSession("GET", "/screenshot");
-  std::ofstream(file, std::ios::binary) << DecodedBase64(json_string_value(picture.Get()));
 }
 
 JsonOwner Browser::CallSession(const std::string& method, const std::string& path,

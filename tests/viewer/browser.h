@@ -36,8 +36,6 @@ class Browser {
   void Press(const std::string& keys);
   // What the browser's console says, a line each.
   std::string Complaints();
-  // A PNG file of the window.
-  void TakePicture(const std::string& file);
 
  private:
   JsonOwner Call(const std::string& method, const std::string& path, const JsonOwner& body = {});

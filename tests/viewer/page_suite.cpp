@@ -68,6 +68,12 @@ class PageTest : public testing::Test {
     browser->Run("document.querySelectorAll(argument).forEach((each) => { each.open = true; })",
                  selector);
   }
+  // Of all types, and their members.
+  static void OpenItems() {
+    Opened(".panel > details");
+    browser->WaitFor("document.querySelector('.tree > li > details') !== null");
+    Opened(".tree > li > details");
+  }
   static std::string Main() { return browser->Text(kMain); }
 
   // What axe-core finds of the rules for keyboard, screen reader and contrast.
@@ -143,9 +149,7 @@ TEST_F(PageTest, NothingOfABodyRuns) {
   KeptUpload{.report = "rc3", .packed = Packed(script)}.AddTo(server);
   Follow("#/request/1");
   browser->WaitFor(kMain + ".includes('not in the inventory')");
-  Opened(".panel > details");
-  browser->WaitFor("document.querySelector('.tree > li > details') !== null");
-  Opened(".tree > li > details");
+  OpenItems();
   browser->WaitFor(kMain + ".includes('javascript:window.turned')");
   ChooseTab("Request");
   browser->WaitFor(kMain + ".includes('<u>')");
@@ -183,9 +187,7 @@ TEST_F(PageTest, LargeAndDamagedBodies) {
   browser->WaitFor(kMain + ".includes('100 more of 100,000')");
   Follow("#/request/2");
   browser->WaitFor(kMain + ".includes('syslog 1 items')");
-  Opened(".panel > details");
-  browser->WaitFor("document.querySelector('.tree > li > details') !== null");
-  Opened(".tree > li > details");
+  OpenItems();
   browser->WaitFor(kMain + ".includes('the JSON text has all of it')");
   ChooseTab("JSON text");
   browser->WaitFor(kMain + ".includes('more (65,536 of 52,428,836 bytes)')");
