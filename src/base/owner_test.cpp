@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <vector>
 
 #include "base/limited_set.h"
@@ -55,35 +54,6 @@ TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
   EXPECT_TRUE(set.Add(8, false));
   EXPECT_TRUE(set.Add(8, false));
   EXPECT_FALSE(set.Add(7, false));
-}
-
-// A key for which there is no memory.
-constexpr int kTooMuch = 2;
-
-struct ScarceKey {
-  int value;
-  bool operator==(const ScarceKey&) const = default;
-};
-
-}  // namespace
-}  // namespace ostrell
-
-template <>
-struct std::hash<ostrell::ScarceKey> {
-  size_t operator()(const ostrell::ScarceKey& key) const {
-    return key.value == ostrell::kTooMuch ? throw std::bad_alloc() : static_cast<size_t>(key.value);
-  }
-};
-
-namespace ostrell {
-namespace {
-
-TEST(LimitedSet, CallerSaysWhatIsSoWithoutMemory) {
-  LimitedSet<ScarceKey> set(3);
-  EXPECT_TRUE(set.Add({1}, false));
-  EXPECT_FALSE(set.Add({kTooMuch}, false));
-  EXPECT_TRUE(set.Add({kTooMuch}, true));
-  EXPECT_FALSE(set.Add({1}, true));
 }
 
 }  // namespace

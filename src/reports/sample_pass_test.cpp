@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 
 #include "tests/support/fake_machine.h"
+#include "tests/support/scarce_memory.h"
 
 namespace ostrell {
 namespace {
@@ -35,6 +37,22 @@ TEST(SamplePass, EachFileOnceUntilTheTimeIsSpent) {
   EXPECT_EQ(submitted, "abc") << "the third begins at 900 seconds sharp";
   RunSamplePass(records, NetworkProgramPath, handled, submit, clock);
   EXPECT_EQ(submitted, "abcd") << "the pass has a time of its own and the files are known";
+}
+
+// It would be sent twice, were it tried again.
+TEST(SamplePass, FileThatCannotBeRememberedIsLeftOut) {
+  const JsonOwner records(json_loads(R"([{"detail": {"procname": "a"}}])", 0, nullptr));
+  PathKeys handled(kMaxPathKeys);
+  int submitted = 0;
+  const FakeClock clock(5000);
+  const std::function<void(std::string_view)> submit = [&](std::string_view) { ++submitted; };
+  {
+    const ScarceMemory memory(1);
+    RunSamplePass(records, NetworkProgramPath, handled, submit, clock);
+  }
+  EXPECT_EQ(submitted, 0);
+  RunSamplePass(records, NetworkProgramPath, handled, submit, clock);
+  EXPECT_EQ(submitted, 1);
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include "store/block_item_query.h"
 
 #include <limits>
+#include <new>
 
 #include "store/record_store.h"
 #include "store/schema.h"
 #include "tests/support/expect_recorded.h"
+#include "tests/support/scarce_memory.h"
 
 namespace ostrell {
 namespace {
@@ -56,6 +58,25 @@ TEST_F(BlockItemQueryTest, WhatDoesNotBind) {
   EXPECT_EQ(Insert("ib", {5, blob, -1}), 0);
   EXPECT_EQ(Insert("Ix", {int64_t{5}}), 0);
   EXPECT_EQ(Insert("I", {}), 0);
+}
+
+// Whichever allocation fails, no reference to a value is left behind.
+TEST(ComposeBlockItemQueryTest, FailedAllocationsReleaseTheValues) {
+  const JsonOwner range = Parse(R"({"n": "ts", "c": "><", "v": {"l": 1, "r": 2}})");
+  const JsonOwner query(json_pack("{s:[O]}", "c", range.Get()));
+  bool isComposed = false;
+  int64_t failing = 0;
+  while (!isComposed) {
+    try {
+      const ScarceMemory memory(++failing);
+      isComposed = ComposeBlockItemQuery(query.Get()).has_value();
+    } catch (const std::bad_alloc&) {
+    }
+    for (const char* side : {"l", "r"}) {
+      EXPECT_EQ(json_object_get(json_object_get(range.Get(), "v"), side)->refcount, 1u) << failing;
+    }
+  }
+  EXPECT_GT(failing, 2);
 }
 
 }  // namespace
