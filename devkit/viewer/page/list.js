@@ -84,13 +84,14 @@ function update(run) {
   section.querySelector(".about").textContent = [
     timeText(run.began), `uploads and questions: ${numberText(run.uploads.length)}`, `${numberText(bytes)} bytes packed`,
     isOver(run) ? "" : "may go on", run.client].filter((word) => word).join(" · ");
+  section.dataset.isOver = isOver(run);
   section.hidden = !run.uploads.some(isWanted);
   if (section.open) {
     fill(section, run);
   }
 }
 
-// After changes: of the runs with these numbers.
+// After changes: of the runs with these numbers. The newest one may be over by now without any.
 export function showChanges(changed) {
   for (const [number, section] of shown) {
     if (!runs.has(number)) {
@@ -99,8 +100,10 @@ export function showChanges(changed) {
     }
   }
   const newest = Math.max(...shown.keys());
-  changed.filter((number) => runs.has(number)).forEach((number) => update(runs.get(number)));
   const now = Math.max(...runs.keys());
+  const hasEnded = shown.get(now)?.dataset.isOver === "false" && isOver(runs.get(now));
+  const concerned = hasEnded ? [...changed, now] : changed;
+  concerned.filter((number) => runs.has(number)).forEach((number) => update(runs.get(number)));
   if (now > newest && !(shown.get(newest)?.matches(":focus-within"))) {
     shown.get(newest)?.removeAttribute("open");
     shown.get(now).open = true;

@@ -5,10 +5,10 @@ import {changesBehind} from "./api.js";
 
 const kAll = ["rc1", "rc2", "rc3", "rc4", "rc5", "rc7"];
 const kRestSeconds = 10;  // a run in which nothing has come in for so long is over
+const kWait = 5000;       // ms, of a call for changes; the first one does not wait
 
 export const runs = new Map();      // by number, oldest first
 export const requests = new Map();  // lines by their number
-const kWait = 5000;       // ms, of a call for changes; the first one does not wait
 let cursor = 0;
 let hasAnswered = false;
 
