@@ -31,15 +31,26 @@ void ReadAsOtherLists(const json_t* records) {
   }
 }
 
+// A body is an array with an element.
+JsonOwner Parsed(const std::optional<std::string>& body) {
+  JsonOwner array(body ? json_loadb(body->data(), body->size(), 0, nullptr) : nullptr);
+  Require(!body || json_array_size(array.Get()) > 0);
+  return array;
+}
+
 }  // namespace
 
 void CheckInput(std::string_view input) {
   const JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
   ReadAsOtherLists(records.Get());
-  const JsonOwner entries = KeepPopupEntries(records);
-  Require(json_array_size(entries.Get()) <= json_array_size(records.Get()));
-  const JsonOwner kept = KeepDetectionRecords(records);
-  Require(json_array_size(kept.Get()) <= json_array_size(records.Get()));
+  const size_t count = json_array_size(records.Get());
+  PopupEntries entries;
+  for (const json_t* const record : Elements(records.Get())) {
+    entries.Add(record);
+  }
+  Require(json_array_size(Parsed(entries.Take()).Get()) <= count);
+  const JsonOwner kept = Parsed(KeepDetectionRecords(records));
+  Require(json_array_size(kept.Get()) <= count);
   for (const json_t* const record : Elements(kept.Get())) {
     CheckKept(record);
   }

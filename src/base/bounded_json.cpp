@@ -23,7 +23,7 @@ size_t CountJsonElements(std::string_view text) {
 }
 
 JsonOwner ParseJson(std::string_view text, size_t maxElements) {
-  if (text.empty() || CountJsonElements(text) > maxElements) {
+  if (text.empty() || (text.size() > maxElements && CountJsonElements(text) > maxElements)) {
     return {};
   }
   const JsonMemoryWatch memory;

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "base/json_array_text.h"
 #include "tests/support/expect_recorded.h"
 
 namespace ostrell {
@@ -43,6 +44,33 @@ TEST(BoundedJson, IsWholeOrNothingWithoutMemory) {
     ASSERT_TRUE(parsed.empty() || parsed == text) << "without allocation " << refused;
   }
   EXPECT_GT(refused, 15);
+}
+
+TEST(JsonArrayText, ElementsOfAnyLength) {
+  JsonArrayText text;
+  std::string expected;
+  for (const size_t length : {0, 4082, 4083, 100000, 1}) {
+    const std::string element = R"({"name":")" + std::string(length, 'n') + R"("})";
+    text.Add(ParseJson(element).Get());
+    expected += (expected.empty() ? "[" : ",") + element;
+  }
+  EXPECT_EQ(text.Take(), expected + "]");
+  EXPECT_FALSE(text.Take());
+}
+
+TEST(JsonArrayText, OneThatCannotBeWrittenSpoilsTheWhole) {
+  const JsonOwner sound(ParseJson("{}"));
+  const JsonOwner scalar(json_integer(5));
+  const JsonOwner notUtf8(json_pack("[o]", json_string_nocheck("\xFF")));
+  for (const json_t* const element : {notUtf8.Get(), scalar.Get(), static_cast<json_t*>(nullptr)}) {
+    JsonArrayText text;
+    text.Add(sound.Get());
+    text.Add(element);
+    text.Add(sound.Get());
+    EXPECT_FALSE(text.Take());
+    text.Add(sound.Get());
+    EXPECT_EQ(text.Take(), "[{}]");
+  }
 }
 
 }  // namespace

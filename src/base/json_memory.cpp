@@ -14,7 +14,9 @@ int watches = 0;  // of the agent's one thread
 
 void* Allocate(size_t size) {
   void* const memory = allocate(size);
-  refusals += memory == nullptr ? 1 : 0;
+  if (memory == nullptr) {
+    ++refusals;
+  }
   return memory;
 }
 

@@ -56,5 +56,16 @@ TEST(LimitedSet, FullSetKeepsWhatItHasAndForgetsWhatComes) {
   EXPECT_FALSE(set.Add(7, false));
 }
 
+TEST(LimitedSet, ManyKeysOfAnyPattern) {
+  LimitedSet<uint64_t> set(300000);
+  for (const bool isNew : {true, false}) {
+    for (uint64_t i = 1; i <= 100000; ++i) {
+      ASSERT_EQ(set.Add(i, false), isNew) << i;
+      ASSERT_EQ(set.Add(i << 40, false), isNew) << i;
+      ASSERT_EQ(set.Add(~i, false), isNew) << i;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace ostrell

@@ -17,7 +17,7 @@ int32_t SendDetectionReport(const Run& run, int64_t from, int64_t to) {
                      [&] { return CollectDetectionRecords(run, from, to); });
 }
 
-JsonOwner CollectDetectionRecords(const Run& run, int64_t from, int64_t to) {
+std::optional<std::string> CollectDetectionRecords(const Run& run, int64_t from, int64_t to) {
   const JsonOwner records =
       RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, to, kReportedKinds); });
   const JsonOwner submitted =

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
-#include "base/json.h"
 #include "env/run.h"
 
 namespace ostrell {
@@ -16,8 +17,8 @@ void DetectionLogJob(const Run& run);
 // 0.
 int32_t SendDetectionReport(const Run& run, int64_t from, int64_t to);
 
-// The records of [from, to]: those of the reported kinds and those that the user submitted, as
-// KeepDetectionRecords (detection_records.h) leaves them. Nothing when there is none.
-JsonOwner CollectDetectionRecords(const Run& run, int64_t from, int64_t to);
+// The body with the records of [from, to]: those of the reported kinds and those that the user
+// submitted, as KeepDetectionRecords (detection_records.h) makes it. Nothing when there is none.
+std::optional<std::string> CollectDetectionRecords(const Run& run, int64_t from, int64_t to);
 
 }  // namespace ostrell

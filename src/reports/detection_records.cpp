@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/json_array_text.h"
 #include "reports/detection_kinds.h"
 #include "reports/fingerprint.h"
 
@@ -134,11 +135,15 @@ json_t* FlattenRecord(json_t* record) {
   return record;
 }
 
-JsonOwner KeepDetectionRecords(const JsonOwner& records) {
-  const auto fingerprintOf = [](json_t* record) {
-    return NormalizeRecord(record) ? std::optional(RecordFingerprint(record)) : std::nullopt;
-  };
-  return KeepFirstOfEach(records, fingerprintOf, FlattenRecord);
+std::optional<std::string> KeepDetectionRecords(const JsonOwner& records) {
+  JsonArrayText kept;
+  MetFingerprints met;
+  for (json_t* const record : Elements(records.Get())) {
+    if (NormalizeRecord(record) && met.IsNew(RecordFingerprint(record))) {
+      kept.Add(FlattenRecord(record));
+    }
+  }
+  return kept.Take();
 }
 
 }  // namespace ostrell

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "base/json.h"
 
@@ -11,9 +13,10 @@ namespace ostrell {
 // come from a library and may be anything: a member of another type counts as json_unpack counts
 // it, an integer of more than 32 bits by its low ones. Text may have any length and is not copied.
 
-// Drops malformed records and those that are one event with an earlier one, and flattens the rest,
-// in place and in order. Nothing when none is left.
-JsonOwner KeepDetectionRecords(const JsonOwner& records);
+// The report's body: the records in order as compact text (json_array_text.h), without malformed
+// ones and those that are one event with an earlier one, the rest flattened, for which they are
+// changed in place. Nothing when none is left or the text cannot be made.
+std::optional<std::string> KeepDetectionRecords(const JsonOwner& records);
 
 // Brings a record into the form that the fingerprint is taken of: deletes "id", and by kind derives
 // "domain", takes over what the master process says, or deletes what is private in a mail. False

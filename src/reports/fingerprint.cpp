@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
-#include "base/limited_set.h"
 #include "reports/detection_kinds.h"
 
 namespace ostrell {
@@ -117,20 +115,6 @@ uint32_t RecordFingerprint(const json_t* record) {
     fingerprint = ChainField(fingerprint, unpacked->detail, field);
   }
   return fingerprint;
-}
-
-JsonOwner KeepFirstOfEach(const JsonOwner& records,
-                          std::optional<uint32_t> (*fingerprintOf)(json_t* record),
-                          json_t* (*entryOf)(json_t* record)) {
-  JsonOwner kept(json_array());
-  LimitedSet<uint32_t> met(kMaxFingerprints);
-  for (json_t* const record : Elements(records.Get())) {
-    const auto fingerprint = fingerprintOf(record);
-    if (fingerprint && met.Add(*fingerprint, true)) {
-      json_array_append(kept.Get(), entryOf(record));
-    }
-  }
-  return UnlessEmpty(std::move(kept));
 }
 
 }  // namespace ostrell

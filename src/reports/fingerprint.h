@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "base/json.h"
+#include "base/limited_set.h"
 
 namespace ostrell {
 
@@ -46,10 +47,12 @@ uint32_t RecordFingerprint(const json_t* record);
 // The most fingerprints that a report remembers; records past them are taken unasked.
 inline constexpr size_t kMaxFingerprints = 0x1fffffff;
 
-// The first record of each fingerprint, in their order, as `entryOf` gives it: a value that the
-// record holds, or itself. A record without fingerprint is dropped. Nothing when none is left.
-JsonOwner KeepFirstOfEach(const JsonOwner& records,
-                          std::optional<uint32_t> (*fingerprintOf)(json_t* record),
-                          json_t* (*entryOf)(json_t* record));
+// The fingerprints that a report met.
+class MetFingerprints : public LimitedSet<uint32_t> {
+ public:
+  MetFingerprints() : LimitedSet(kMaxFingerprints) {}
+  // What cannot be remembered is taken every time.
+  bool IsNew(uint32_t fingerprint) { return Add(fingerprint, true); }
+};
 
 }  // namespace ostrell

@@ -1,6 +1,5 @@
 #include "reports/popup_block_log.h"
 
-#include "reports/fingerprint.h"
 #include "reports/record_query.h"
 #include "reports/windowed_report.h"
 #include "store/record_store.h"
@@ -17,30 +16,6 @@ bool HasSchema(sqlite3* database) {
   return EnsureSchema(database) == 1;
 }
 
-JsonOwner FetchPopupRows(const Run& run, json_t* query) {
-  Connection database;
-  if (OpenRecordStore(run.paths.databases[kPopupDatabase].CStr(), database) == 1 &&
-      !HasSchema(database.Get())) {
-    CloseRecordStore(database);
-  }
-  uint64_t leftOut = 0;
-  JsonOwner rows = FetchBlockItems(database, query, &leftOut);
-  if (leftOut > 0) {
-    TraceLogger(run.traceLog, "FetchBlockItems")(L"Pop-up block log: %llu rows left out", leftOut);
-  }
-  return rows;
-}
-
-json_t* EntryOf(json_t* row) {
-  return json_object_get(row, "detail");
-}
-
-std::optional<uint32_t> FingerprintOfEntry(json_t* row) {
-  const json_t* const entry = EntryOf(row);
-  return json_object_get(entry, "product_name") != nullptr ? std::optional(PopupFingerprint(entry))
-                                                           : std::nullopt;
-}
-
 }  // namespace
 
 void PopupBlockJob(const Run& run) {
@@ -53,12 +28,26 @@ int32_t SendPopupBlockReport(const Run& run, int64_t from, int64_t to) {
                      [&] { return CollectPopupBlockEntries(run, from, to); });
 }
 
-JsonOwner CollectPopupBlockEntries(const Run& run, int64_t from, int64_t to) {
-  return KeepPopupEntries(FetchPopupRows(run, RecordsInRange(from, to).Get()));
+std::optional<std::string> CollectPopupBlockEntries(const Run& run, int64_t from, int64_t to) {
+  Connection database;
+  if (OpenRecordStore(run.paths.databases[kPopupDatabase].CStr(), database) == 1 &&
+      !HasSchema(database.Get())) {
+    CloseRecordStore(database);
+  }
+  PopupEntries entries;
+  const uint64_t leftOut =
+      FetchBlockItems(database, RecordsInRange(from, to).Get(),
+                      [&entries](const BlockItem& item) { entries.Add(item.detail.Get()); });
+  if (leftOut > 0) {
+    TraceLogger(run.traceLog, "FetchBlockItems")(L"Pop-up block log: %llu rows left out", leftOut);
+  }
+  return entries.Take();
 }
 
-JsonOwner KeepPopupEntries(const JsonOwner& rows) {
-  return KeepFirstOfEach(rows, FingerprintOfEntry, EntryOf);
+void PopupEntries::Add(const json_t* entry) {
+  if (json_object_get(entry, "product_name") != nullptr && met.IsNew(PopupFingerprint(entry))) {
+    text.Add(entry);
+  }
 }
 
 uint32_t PopupFingerprint(const json_t* entry) {

@@ -1,7 +1,5 @@
 #include "reports/windowed_report.h"
 
-#include <utility>
-
 #include "base/json_memory.h"
 #include "base/run_job.h"
 #include "transport/upload_report.h"
@@ -19,15 +17,12 @@ void RunWindowedReport(const Run& run, const ReportTime& report,
 }
 
 int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url,
-                    const std::function<JsonOwner()>& collect) {
+                    const std::function<std::optional<std::string>()>& collect) {
   const JsonMemoryWatch memory;
-  JsonOwner records = collect();
-  if (json_array_size(records.Get()) == 0) {
-    return 0;
-  }
-  const auto body = MakeJsonBody(std::move(records));
-  return body && !memory.WasRefused() ? UploadReport(url.CStr(), body->text.Get(), body->length)
-                                      : 0;
+  const auto body = collect();
+  return body && !memory.WasRefused()
+             ? UploadReport(url.CStr(), body->data(), static_cast<uint32_t>(body->size()))
+             : 0;
 }
 
 ReportOrigin OriginOf(const Run& run) {

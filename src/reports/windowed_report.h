@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
 
-#include "base/json.h"
 #include "env/report_schedule.h"
 #include "env/run.h"
 #include "transport/report_url.h"
@@ -18,11 +19,10 @@ namespace ostrell {
 void RunWindowedReport(const Run& run, const ReportTime& report,
                        const std::function<int32_t(int64_t from)>& send);
 
-// Uploads the array of records that `collect` gives as JSON. Returns 1 on success; 0 also when
-// there is no record, the text cannot be made, or memory was short meanwhile and a record may lack
-// parts.
+// Uploads the body that `collect` gives. Returns 1 on success; 0 also when there is none, or memory
+// was short meanwhile and a record may lack parts.
 int32_t SendRecords(const ReportUrl<kLogReportUrlSize>& url,
-                    const std::function<JsonOwner()>& collect);
+                    const std::function<std::optional<std::string>()>& collect);
 
 // Where the reports of a run go and from whom they come.
 ReportOrigin OriginOf(const Run& run);

@@ -6,6 +6,7 @@
 #include "store/record_store.h"
 #include "store/schema.h"
 #include "tests/support/expect_recorded.h"
+#include "tests/support/fetched_rows.h"
 #include "tests/support/scarce_memory.h"
 
 namespace ostrell {
@@ -46,11 +47,10 @@ TEST_F(BlockItemQueryTest, RecordedCases) {
   ASSERT_EQ(Insert("IsN", {std::numeric_limits<int64_t>::max(), "[1]xx", 3}), 1);
   ASSERT_EQ(Insert("ibs", {5, blob, 2, "name", -1}), 1);
   ExpectRecorded("block_item_query", [&](const std::string& input, const RecordedCase& recorded) {
-    return recorded.Name() == "rows" ? CompactText(FetchBlockItems(database, Parse(input).Get()))
-                                     : Compose(input);
+    return recorded.Name() == "rows" ? FetchedRows(database, Parse(input).Get()) : Compose(input);
   });
   CloseRecordStore(database);
-  EXPECT_FALSE(FetchBlockItems(database, Parse("{}").Get()));
+  EXPECT_EQ(FetchedRows(database, Parse("{}").Get()), "");
 }
 
 TEST_F(BlockItemQueryTest, WhatDoesNotBind) {

@@ -13,6 +13,7 @@
 #include "store/record_store.h"
 #include "store/schema.h"
 #include "store/statement.h"
+#include "tests/support/fetched_rows.h"
 #include "tests/support/recorded_cases.h"
 
 namespace ostrell {
@@ -79,7 +80,7 @@ class GuardedVfsTest : public testing::Test {
   std::string Open(MonotonicClock clock = SteadyMilliseconds) {
     EXPECT_EQ(OpenRecordStore(path.c_str(), store, 1, clock), 1);
     const int schema = EnsureSchema(store.Get());
-    return CompactText(FetchBlockItems(store, nullptr)) + " " + std::to_string(schema);
+    return FetchedRows(store) + " " + std::to_string(schema);
   }
 
   int Execute(const char* sql) { return sqlite3_exec(store.Get(), sql, nullptr, nullptr, nullptr); }

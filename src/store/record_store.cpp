@@ -94,16 +94,11 @@ bool BeginUse(sqlite3* db, Health health) {
   return true;
 }
 
-// `detail` ends at its terminator; null is no document.
-JsonOwner RowObject(sqlite3_stmt* row, const char* detail) {
-  JsonOwner object(json_object());
-  json_object_set_new(object.Get(), "id", json_integer(sqlite3_column_int64(row, 0)));
-  json_object_set_new(object.Get(), "ts", json_integer(sqlite3_column_int64(row, 1)));
-  if (detail != nullptr) {
-    // jansson sets no member without a value.
-    json_object_set_new(object.Get(), "detail", ParseJson(detail).Release());
-  }
-  return object;
+// The current row, whose "detail" ends at its terminator.
+BlockItem ReadBlockItem(sqlite3_stmt* row, const char* detail) {
+  return {.id = sqlite3_column_int64(row, 0),
+          .ts = sqlite3_column_int64(row, 1),
+          .detail = detail != nullptr ? ParseJson(detail) : JsonOwner()};
 }
 
 }  // namespace
@@ -139,28 +134,27 @@ int QuickCheck(sqlite3* db) {
   return health == Health::kSound || health == Health::kBrokenOff ? 1 : 0;
 }
 
-JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* leftOut) {
-  JsonOwner rows(handle ? json_array() : nullptr);
-  uint64_t beyond = 0;
-  if (rows) {
-    const MutexHold held = HoldMutex(handle.Get());
-    const Statement statement = BuildBlockItemQuery(handle.Get(), query);
-    size_t detailBytes = 0;
-    while (statement && sqlite3_step(statement.Get()) == SQLITE_ROW) {
-      const auto* const detail =
-          reinterpret_cast<const char*>(sqlite3_column_text(statement.Get(), 2));
-      detailBytes += static_cast<size_t>(sqlite3_column_bytes(statement.Get(), 2));
-      if (detailBytes > kMaxDetailBytes || json_array_size(rows.Get()) == kMaxBlockItems) {
-        ++beyond;
-      } else {
-        json_array_append_new(rows.Get(), RowObject(statement.Get(), detail).Release());
-      }
+uint64_t FetchBlockItems(const Connection& handle, const json_t* query,
+                         const std::function<void(const BlockItem&)>& take) {
+  if (!handle) {
+    return 0;
+  }
+  const MutexHold held = HoldMutex(handle.Get());
+  const Statement rows = BuildBlockItemQuery(handle.Get(), query);
+  size_t taken = 0;
+  size_t detailBytes = 0;
+  uint64_t leftOut = 0;
+  while (rows && sqlite3_step(rows.Get()) == SQLITE_ROW) {
+    const auto* const detail = reinterpret_cast<const char*>(sqlite3_column_text(rows.Get(), 2));
+    detailBytes += static_cast<size_t>(sqlite3_column_bytes(rows.Get(), 2));
+    if (detailBytes > kMaxDetailBytes || taken == kMaxBlockItems) {
+      ++leftOut;
+    } else {
+      ++taken;
+      take(ReadBlockItem(rows.Get(), detail));
     }
   }
-  if (leftOut != nullptr) {
-    *leftOut = beyond;
-  }
-  return UnlessEmpty(std::move(rows));
+  return leftOut;
 }
 
 }  // namespace ostrell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "base/json.h"
 #include "store/connection.h"
@@ -42,17 +43,24 @@ void CloseRecordStore(Connection& handle);
 // is damaged, the check could not begin or could not read all pages.
 int QuickCheck(sqlite3* db);
 
-// Rows that are kept, and bytes of text that their documents may have together.
+// Rows that are fetched, and bytes of text that their documents may have together.
 inline constexpr size_t kMaxBlockItems = 1000000;
 inline constexpr size_t kMaxDetailBytes = size_t{256} << 20;
 
-// The rows that a query (block_item_query.h) finds, as an array of at least one object, each with
-// "id", "ts" and the document "detail", which is left out when it is NULL, no JSON array or object,
-// or one of too many elements (bounded_json.h). Nothing when there is no row, the query is refused
-// or the connection is closed. Rows read before an error are kept; one whose "detail" is longer
-// than kLongestValue is such an error. The first row beyond kMaxBlockItems or kMaxDetailBytes and
-// all behind it are left out and counted in `leftOut`, unless that is null. Nothing else runs on
-// the connection meanwhile.
-JsonOwner FetchBlockItems(const Connection& handle, json_t* query, uint64_t* leftOut = nullptr);
+struct BlockItem {
+  int64_t id;
+  int64_t ts;
+  // Nothing for NULL, for what is no JSON array or object, and for one of too many elements
+  // (bounded_json.h).
+  JsonOwner detail;
+};
+
+// Hands out the rows that a query (block_item_query.h) finds, one at a time, so that no more than
+// one is held. None when the query is refused or the connection is closed. An error ends the rows;
+// one whose "detail" is longer than kLongestValue is such an error. The first row beyond
+// kMaxBlockItems or kMaxDetailBytes and all behind it are left out: returns how many. Nothing else
+// runs on the connection meanwhile.
+uint64_t FetchBlockItems(const Connection& handle, const json_t* query,
+                         const std::function<void(const BlockItem&)>& take);
 
 }  // namespace ostrell

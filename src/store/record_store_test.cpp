@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "store/schema.h"
+#include "tests/support/fetched_rows.h"
 #include "tests/support/recorded_cases.h"
 
 namespace ostrell {
@@ -60,7 +61,7 @@ class RecordStoreTest : public testing::Test {
       plan.kind = Fault::kNone;  // what is found sound is believed
     }
     const std::string schema = store ? " " + std::to_string(EnsureSchema(store.Get())) : "";
-    const std::string rows = CompactText(FetchBlockItems(store, nullptr));
+    const std::string rows = FetchedRows(store);
     return opened + schema + " " + (rows.empty() ? "no rows" : rows);
   }
 
@@ -109,9 +110,10 @@ TEST_F(RecordStoreTest, RowsAndTextBeyondTheLimits) {
         "FROM n LIMIT " +
         std::to_string(rows) + ") SELECT id, 0 AS ts, " + detail + " AS detail FROM n";
     EXPECT_EQ(sqlite3_exec(store.Get(), sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-    uint64_t leftOut = 99;
-    const JsonOwner fetched = FetchBlockItems(store, nullptr, &leftOut);
-    return std::pair(json_array_size(fetched.Get()), leftOut);
+    size_t fetched = 0;
+    const uint64_t leftOut =
+        FetchBlockItems(store, nullptr, [&fetched](const BlockItem&) { ++fetched; });
+    return std::pair(fetched, leftOut);
   };
   EXPECT_EQ(fetch(1000002, "NULL"), std::pair(size_t{1000000}, uint64_t{2}));
   EXPECT_EQ(fetch(19, "CASE WHEN id<=16 THEN hex(zeroblob(8388608)) WHEN id=18 THEN 'x' END"),

@@ -1,12 +1,9 @@
 #include "transport/upload_report.h"
 
-#include <cstring>
 #include <exception>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "transport/http.h"
 #include "transport/pack_body.h"
@@ -45,16 +42,6 @@ int32_t UploadReport(const char* url, const void* body, uint32_t bodyLength,
   } catch (const std::exception&) {
     return 0;
   }
-}
-
-std::optional<JsonBody> MakeJsonBody(JsonOwner value) {
-  JsonText text(json_dumps(value.Get(), JSON_COMPACT));
-  value.Reset();
-  const size_t length = text ? std::strlen(text.Get()) : 0;
-  if (length == 0 || length > std::numeric_limits<uint32_t>::max()) {
-    return std::nullopt;
-  }
-  return JsonBody{std::move(text), static_cast<uint32_t>(length)};
 }
 
 }  // namespace ostrell

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
-#include "base/json.h"
 #include "transport/byte_chain.h"
 
 namespace ostrell {
@@ -22,15 +20,5 @@ namespace ostrell {
 // redirect is followed.
 int32_t UploadReport(const char* url, const void* body, uint32_t bodyLength,
                      ByteChain* responseSink = nullptr, int32_t* statusOut = nullptr);
-
-// The body of a JSON report: compact text, without its terminator in the count.
-struct JsonBody {
-  JsonText text;
-  uint32_t length;  // bytes
-};
-
-// The text of an array or object, which is released. Nothing when it cannot be made (no value, no
-// memory, text that is not UTF-8) or has 4 GiB or more.
-std::optional<JsonBody> MakeJsonBody(JsonOwner value);
 
 }  // namespace ostrell

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "base/calendar.h"
+#include "base/json_array_text.h"
 #include "base/json_memory.h"
 #include "env/report_schedule.h"
 #include "env/report_settings.h"
@@ -57,6 +60,14 @@ ReportUrl<> UrlOf(IClientIdProvider& provider) {
                           provider.SystemCode(0), provider.ProcessorClass(0));
 }
 
+std::optional<std::string> TextOf(JsonOwner items) {
+  JsonArrayText text;
+  for (const json_t* const item : Elements(items.Get())) {
+    text.Add(item);
+  }
+  return text.Take();
+}
+
 // Adds what is common to all items and uploads the array, which is released before. Returns the
 // upload's result, 0 on any failure.
 int32_t Send(const Run& run, JsonOwner unified, IClientIdProvider& provider) {
@@ -64,12 +75,13 @@ int32_t Send(const Run& run, JsonOwner unified, IClientIdProvider& provider) {
   const JsonMemoryWatch memory;
   add_common_fields_to_unified_array(run, unified.Get(), provider,
                                      WrappingDifference(run.now, LastReport(run)));
-  const auto body = MakeJsonBody(std::move(unified));
+  const auto body = TextOf(std::move(unified));
   if (!body || memory.WasRefused()) {
     TraceLogger(run.traceLog, kOperation)(L"json_dumps failed for unified report array");
     return 0;
   }
-  const int32_t result = UploadReport(UrlOf(provider).CStr(), body->text.Get(), body->length);
+  const int32_t result =
+      UploadReport(UrlOf(provider).CStr(), body->data(), static_cast<uint32_t>(body->size()));
   TraceLogger(run.traceLog, kOperation)(L"Unified report completed: %u items, result=%d", count,
                                         result);
   return result;
