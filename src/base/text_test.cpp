@@ -3,12 +3,16 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <random>
+#include <vector>
 
 #include "base/bounded_text.h"
 #include "base/bytes.h"
+#include "base/find_text.h"
 #include "base/fold_case.h"
 #include "base/print.h"
 #include "base/registry_text.h"
@@ -115,6 +119,28 @@ std::string Units(std::wstring_view text) {
     units += Print("%x;", static_cast<uint32_t>(unit));
   }
   return units;
+}
+
+// Texts of few letters, in which beginnings and ends of what is sought stand everywhere, each in a
+// block of its own size: a read outside shows.
+TEST(FindText, FindsWhatTheLibraryFinds) {
+  std::minstd_rand chance(5);
+  for (int round = 0; round < 20000; ++round) {
+    std::vector<wchar_t> text(chance() % 60);
+    std::ranges::generate(text, [&] { return L"abA\u0161"[chance() % 4]; });
+    const std::wstring_view whole(text.data(), text.size());
+    const std::wstring wanted(whole.substr(chance() % (whole.size() + 1), chance() % 6));
+    const size_t from = chance() % (whole.size() + 3);
+    ASSERT_EQ(FindText(whole, wanted, from), whole.find(wanted, from)) << round;
+
+    std::wstring lower(whole);
+    std::ranges::transform(lower, lower.begin(), LowerAscii<wchar_t>);
+    std::wstring lowerWanted(wanted);
+    std::ranges::transform(lowerWanted, lowerWanted.begin(), LowerAscii<wchar_t>);
+    ASSERT_EQ(FindText(whole, lowerWanted, from, LetterCase::kIgnored),
+              lower.find(lowerWanted, from))
+        << round;
+  }
 }
 
 TEST(RegistryText, RecordedCases) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "eventlog/apis.h"
 #include "eventlog/event_record.h"
@@ -18,7 +17,7 @@ namespace eventlog {
 //
 // Throws std::invalid_argument or std::out_of_range for a number of an element that does not
 // convert: EventID (32 bits), Level, ProcessID, ThreadID.
-bool EventRecordFromXml(std::wstring_view xml, EventRecord& record);
+bool EventRecordFromXml(std::wstring xml, EventRecord& record);
 
 // The event as XML; empty on failure, which an event of more than 16 MiB of text is, too.
 std::wstring RenderEventXml(void* context, void* event, const EvtApi& api);

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "base/find_text.h"
 #include "base/text.h"
 
 namespace ostrell {
@@ -16,12 +17,12 @@ constexpr std::wstring_view kValueEnd = L"</Data";
 
 // The value behind the first `marker`, which must end; nothing without the marker.
 std::optional<std::wstring_view> ElementValue(std::wstring_view data, std::wstring_view marker) {
-  const size_t found = data.find(marker);
+  const size_t found = FindText(data, marker);
   if (found == std::wstring_view::npos) {
     return std::nullopt;
   }
   const std::wstring_view rest = data.substr(found + marker.size());
-  const size_t end = rest.find(kValueEnd);
+  const size_t end = FindText(rest, kValueEnd);
   return end == std::wstring_view::npos ? std::wstring_view() : rest.substr(0, end);
 }
 
@@ -45,8 +46,7 @@ ApplicationFields FieldsOfWords(std::wstring_view data) {
 
 bool NamesProduct(std::wstring_view data) {
   return std::ranges::any_of(kProductWords, [data](std::wstring_view word) {
-    return std::search(data.begin(), data.end(), word.begin(), word.end(),
-                       [](wchar_t a, wchar_t b) { return LowerAscii(a) == b; }) != data.end();
+    return FindText(data, word, 0, LetterCase::kIgnored) != std::wstring_view::npos;
   });
 }
 

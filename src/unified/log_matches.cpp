@@ -1,7 +1,5 @@
 #include "unified/log_matches.h"
 
-#include <utility>
-
 #include "unified/log_line.h"
 
 namespace ostrell {
@@ -10,7 +8,7 @@ LogMatchCount CollectLogMatches(const LogReader& read, std::string_view signatur
                                 std::vector<LogMatch>& matches) {
   LogMatchCount count;
   size_t bytes = 0;
-  ScanLog(read, signature, [&](LogLine line) {
+  ScanLog(read, signature, [&](const LogLine& line) {
     const auto time = LogLineTime(line.text);
     if (!time || *time < tmStart) {
       return;
@@ -21,8 +19,7 @@ LogMatchCount CollectLogMatches(const LogReader& read, std::string_view signatur
       return;
     }
     bytes += line.text.size();
-    line.text.shrink_to_fit();
-    matches.push_back({*time, std::move(line.text)});
+    matches.push_back({*time, line.text});
     ++count.kept;
     count.cut += line.isCut ? 1 : 0;
   });

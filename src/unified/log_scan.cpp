@@ -1,40 +1,20 @@
 #include "unified/log_scan.h"
 
-#include <emmintrin.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <optional>
-#include <utility>
 #include <vector>
 
+#include "base/probe.h"
 #include "base/text.h"
 
 namespace ostrell {
 namespace {
 
 constexpr char kEndOfFile = 0x1A;
-constexpr size_t kVector = sizeof(__m128i);
+constexpr size_t kVector = Probe<char>::kPlaces;
 constexpr size_t kStride = 4 * kVector;
-
-// One byte of the signature, sought at sixteen places at once.
-class Probe {
- public:
-  explicit Probe(char wanted)
-      : wantedBytes(_mm_set1_epi8(wanted)),
-        caseBits(_mm_set1_epi8(wanted >= 'a' && wanted <= 'z' ? 'a' ^ 'A' : 0)) {}
-
-  // All ones in each byte that holds the wanted character.
-  __m128i Find(const char* text) const {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    return _mm_cmpeq_epi8(_mm_or_si128(bytes, caseBits), wantedBytes);
-  }
-
- private:
-  __m128i wantedBytes;
-  __m128i caseBits;
-};
 
 bool EqualFolded(char fromText, char fromSignature) {
   return LowerAscii(fromText) == fromSignature;
@@ -47,18 +27,18 @@ class LogScan {
         signature(wanted),
         blockSize(sizes.block),
         maxOfLine(sizes.maxOfLine),
-        first(wanted.front()),
-        last(wanted.back()),
-        endOfFile(kEndOfFile),
+        first(wanted.front(), LetterCase::kIgnored),
+        last(wanted.back(), LetterCase::kIgnored),
+        endOfFile(kEndOfFile, LetterCase::kKept),
+        lineFeed('\n', LetterCase::kKept),
         bytes(signature.size() + blockSize + kStride) {}
 
   // Goes to the next occurrence of the signature; false when the file has no more.
   bool FindMatch() {
     while (!atEnd) {
       const size_t stop = FindStop();
-      const size_t lineEnd = Text().substr(0, stop).rfind('\n');
-      if (lineEnd != std::string_view::npos) {
-        lineStart = offset + lineEnd + 1;
+      if (const auto lineEnd = LastLineEnd(position, stop)) {
+        lineStart = offset + *lineEnd + 1;
       }
       position = stop;
       if (stop < PlaceCount()) {
@@ -70,12 +50,12 @@ class LogScan {
     return false;
   }
 
-  // The line at hand, whose end the scan goes on behind; nothing when it has lost its match.
-  std::optional<LogLine> TakeLine() {
+  // The line at hand, whose end the scan goes on behind; null when it has lost its match.
+  const LogLine* TakeLine() {
     const uint64_t begin = lineStart;
     const uint64_t match = offset + position;
     const bool isReadAgain = begin < offset;
-    LogLine line;
+    line.text.clear();
     if (isReadAgain) {  // as much as was read of it
       line.text.reserve(static_cast<size_t>(std::min<uint64_t>(offset + size - begin, maxOfLine)));
     }
@@ -85,9 +65,9 @@ class LogScan {
     line.isCut = length > line.text.size();
     const bool isMatchKept = match + signature.size() <= begin + line.text.size();
     if (!isReadAgain || (line.isCut && !isMatchKept) || Contains(line.text)) {
-      return line;
+      return &line;
     }
-    return std::nullopt;
+    return nullptr;
   }
 
  private:
@@ -96,9 +76,22 @@ class LogScan {
   // How many places there are at which the whole signature can stand.
   size_t PlaceCount() const { return size < signature.size() ? 0 : size - signature.size() + 1; }
 
-  bool Contains(std::string_view line) const {
-    return std::search(line.begin(), line.end(), signature.begin(), signature.end(), EqualFolded) !=
-           line.end();
+  bool Contains(std::string_view text) const {
+    return std::search(text.begin(), text.end(), signature.begin(), signature.end(), EqualFolded) !=
+           text.end();
+  }
+
+  // The last line feed in [begin, end) of the bytes.
+  std::optional<size_t> LastLineEnd(size_t begin, size_t end) const {
+    for (; end - begin >= kVector; end -= kVector) {
+      const auto hits =
+          static_cast<uint32_t>(_mm_movemask_epi8(lineFeed.Find(bytes.data() + end - kVector)));
+      if (hits != 0) {
+        return end - kVector + std::bit_width(hits) - 1;
+      }
+    }
+    const size_t found = Text().substr(begin, end - begin).rfind('\n');
+    return found == std::string_view::npos ? std::nullopt : std::optional(begin + found);
   }
 
   void GoTo(uint64_t place) {
@@ -188,28 +181,30 @@ class LogScan {
   const std::string_view signature;
   const size_t blockSize;
   const size_t maxOfLine;
-  const Probe first;
-  const Probe last;
-  const Probe endOfFile;
+  const Probe<char> first;
+  const Probe<char> last;
+  const Probe<char> endOfFile;
+  const Probe<char> lineFeed;
   std::vector<char> bytes;  // what was read, then room for vectors that reach past it
   size_t size = 0;          // of what was read
   uint64_t offset = 0;      // of the first byte in the file
   size_t position = 0;      // where the scan goes on in the bytes
   uint64_t lineStart = 0;   // of the line at the position, in the file
   bool atEnd = false;
+  LogLine line;
 };
 
 }  // namespace
 
 void ScanLog(const LogReader& read, std::string_view signature,
-             const std::function<void(LogLine line)>& onLine, const LogScanSizes& sizes) {
+             const std::function<void(const LogLine& line)>& onLine, const LogScanSizes& sizes) {
   if (signature.empty()) {
     return;
   }
   LogScan scan(read, signature, sizes);
   while (scan.FindMatch()) {
-    if (auto line = scan.TakeLine()) {
-      onLine(std::move(*line));
+    if (const LogLine* const line = scan.TakeLine()) {
+      onLine(*line);
     }
   }
 }

@@ -32,14 +32,16 @@ struct LogLine {
 
 // In bytes, each at least 1.
 struct LogScanSizes {
-  size_t block = size_t{1} << 18;
+  size_t block = size_t{1} << 16;
   size_t maxOfLine = size_t{16} << 20;  // what is kept of one
 };
 
-// Calls `onLine` with each matching line in file order. `signature` is in lower case and holds
-// neither CR, LF nor 0x1A; an empty one matches nothing. The file may grow or shrink meanwhile: a
-// line that no longer contains the signature when it is read again is left out.
+// Calls `onLine` with each matching line in file order, which lives until it returns. `signature`
+// is in lower case and holds neither CR, LF nor 0x1A; an empty one matches nothing. The file may
+// grow or shrink meanwhile: a line that no longer contains the signature when it is read again is
+// left out.
 void ScanLog(const LogReader& read, std::string_view signature,
-             const std::function<void(LogLine line)>& onLine, const LogScanSizes& sizes = {});
+             const std::function<void(const LogLine& line)>& onLine,
+             const LogScanSizes& sizes = {});
 
 }  // namespace ostrell

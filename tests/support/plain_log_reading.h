@@ -51,7 +51,7 @@ inline std::vector<LogLine> MatchingLines(const LogReader& read, std::string_vie
                                           const LogScanSizes& sizes) {
   std::vector<LogLine> lines;
   ScanLog(
-      read, signature, [&lines](LogLine line) { lines.push_back(std::move(line)); }, sizes);
+      read, signature, [&lines](const LogLine& line) { lines.push_back(line); }, sizes);
   return lines;
 }
 
