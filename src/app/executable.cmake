@@ -15,6 +15,7 @@ set_property(SOURCE ${CMAKE_CURRENT_BINARY_DIR}/ostrell.rc APPEND PROPERTY
 ostrell_copy_jansson(ostrell)
 
 target_link_options(ostrell PRIVATE
+  -Wl,--file-alignment,4096
   -Wl,-u,kOstrellLoadConfiguration  # nothing refers to it
   -Wl,--wrap=malloc)                # exception_memory.cpp
 set_property(TARGET ostrell APPEND PROPERTY

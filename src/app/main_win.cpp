@@ -25,6 +25,7 @@ void StartUp() {
   if (!BecomeOnlyInstance() || FAILED(CoInitialize(nullptr))) {
     return;  // nothing is undone: the process ends at once
   }
+  SeedJson();
   PrepareLocaleAndControls();
   const HRESULT initialised = appModule.Initialise();
   ComputeIdentity(MachineIdentity(), ClientId());

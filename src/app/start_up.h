@@ -10,6 +10,10 @@ void EnterProgramFolder();
 // ends.
 bool BecomeOnlyInstance();
 
+// Gives jansson the seed of its hash tables for the process; by itself it would open a crypto
+// provider for it. Throws std::exception without random numbers.
+void SeedJson();
+
 // The C locale of the system's ANSI code page, and the common controls.
 void PrepareLocaleAndControls();
 

@@ -1,9 +1,11 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <jansson.h>
 
 #include <array>
 #include <clocale>
+#include <random>
 #include <string>
 
 #include "app/start_up.h"
@@ -25,6 +27,10 @@ bool BecomeOnlyInstance() {
   SetLastError(ERROR_SUCCESS);
   HANDLE mutex = CreateMutexA(nullptr, FALSE, "Global\\Velmora::qx_ostrell");
   return GetLastError() != ERROR_ALREADY_EXISTS && mutex != nullptr;
+}
+
+void SeedJson() {
+  json_object_seed(std::random_device()());
 }
 
 void PrepareLocaleAndControls() {
