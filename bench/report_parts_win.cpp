@@ -1,7 +1,7 @@
 // What the parts of the reports cost, each on input like the field's: prints a table.
 //
-// Usage: report_parts DUMP. DUMP is a crash dump; a sparse one of 4 GiB is made beside it for the
-// second row and deleted again.
+// Usage: report_parts DUMP HOSTILE-DUMP. For the second row a sparse copy of 4 GiB is made beside
+// the dump and deleted again; in the other dump no program is to be found.
 #include <windows.h>
 
 #include <fmt/printf.h>
@@ -17,6 +17,7 @@
 #include "base/files_win.h"
 #include "base/handle_win.h"
 #include "base/json.h"
+#include "bench/sample_event.h"
 #include "eventlog/render_record.h"
 #include "reports/sample_pass.h"
 #include "reports/sample_upload.h"
@@ -64,7 +65,7 @@ bool ReadDump(const std::filesystem::path& path) {
   return file && ReadMinidump(SourceOf(*file)).crashModuleTime.has_value();
 }
 
-bool BenchDumps(const std::filesystem::path& dump) {
+bool BenchDumps(const std::filesystem::path& dump, const std::filesystem::path& hostile) {
   std::filesystem::path sparse = dump;
   sparse += L".sparse";
   if (!ReadDump(dump) || !MakeSparseCopy(dump, sparse) || !ReadDump(sparse)) {
@@ -72,30 +73,18 @@ bool BenchDumps(const std::filesystem::path& dump) {
   }
   PrintRow("dump, opened, mapped and read", SecondsPerCall([&] { ReadDump(dump); }), "a dump");
   PrintRow("the same, sparse and 4 GiB long", SecondsPerCall([&] { ReadDump(sparse); }), "a dump");
+  PrintRow("2 GiB of hostile names", SecondsPerCall([&] { ReadDump(hostile); }), "a dump");
   const auto file = WindowsFiles().Open(sparse.native(), FileUse::kMapped);
   PrintRow("the same, reading alone", SecondsPerCall([&] { ReadMinidump(SourceOf(*file)); }),
            "a dump");
   return true;
 }
 
-constexpr wchar_t kEvent[] =
-    L"<Event xmlns='http://schemas.microsoft.com/win/2004/08/events/event'><System>"
-    L"<Provider Name='Application Error'/><EventID Qualifiers='0'>1000</EventID>"
-    L"<Version>0</Version><Level>2</Level><Task>100</Task><Opcode>0</Opcode>"
-    L"<Keywords>0x80000000000000</Keywords><TimeCreated SystemTime='2026-11-20T08:15:30.1234567Z'/>"
-    L"<EventRecordID>41872</EventRecordID><Correlation/><Execution ProcessID='0' ThreadID='0'/>"
-    L"<Channel>Application</Channel><Computer>WORKSTATION-17.example.test</Computer><Security/>"
-    L"</System><EventData><Data Name='AppName'>vguard.exe</Data>"
-    L"<Data Name='AppVersion'>6.0.3.27</Data><Data Name='AppTimeStamp'>6717a5d1</Data>"
-    L"<Data Name='ModuleName'>ntdll.dll</Data><Data Name='ExceptionCode'>c0000005</Data>"
-    L"<Data Name='AppPath'>C:\\Program Files\\Velmora\\Corvane\\bin\\vguard.exe</Data>"
-    L"</EventData></Event>";
-
 bool BenchEvents() {
   bool isKept = true;
   PrintRow("event, read from XML, tested and cut", SecondsPerCall([&] {
              eventlog::EventRecord record;
-             isKept = isKept && eventlog::EventRecordFromXml(kEvent, record) &&
+             isKept = isKept && eventlog::EventRecordFromXml(std::wstring(kSampleEvent), record) &&
                       NamesProduct(record.data) &&
                       !ExtractApplicationFields(record.data).timestamp.empty();
            }),
@@ -143,11 +132,11 @@ void BenchMerging() {
 
 // NOLINTNEXTLINE(bugprone-exception-escape): what is thrown ends a tool like this.
 int wmain(int argc, wchar_t** argv) {
-  if (argc != 2) {
-    fmt::print(stderr, "usage: report_parts DUMP\n");
+  if (argc != 3) {
+    fmt::print(stderr, "usage: report_parts DUMP HOSTILE-DUMP\n");
     return 2;
   }
-  if (!ostrell::BenchDumps(argv[1]) || !ostrell::BenchEvents()) {
+  if (!ostrell::BenchDumps(argv[1], argv[2]) || !ostrell::BenchEvents()) {
     fmt::print(stderr, "a part gave nothing\n");
     return 1;
   }
