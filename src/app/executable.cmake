@@ -18,15 +18,8 @@ target_link_options(ostrell PRIVATE
   -Wl,--file-alignment,4096
   -Wl,-u,kOstrellLoadConfiguration  # nothing refers to it
   -Wl,--wrap=malloc)                # exception_memory.cpp
-set_property(TARGET ostrell APPEND PROPERTY
-  LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration)
-
-# -p keeps the time stamp of the link, which is none.
+include(FinishImage)
+ostrell_finish_image(ostrell kOstrellLoadConfiguration)
 add_custom_command(TARGET ostrell POST_BUILD
-  WORKING_DIRECTORY ${product_folder}
-  COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug ostrell.exe ostrell.exe.debug
-  COMMAND ${CMAKE_OBJCOPY} -p --strip-all ostrell.exe
-  COMMAND ${CMAKE_OBJCOPY} -p --add-gnu-debuglink=ostrell.exe.debug ostrell.exe
-  COMMAND ${CMAKE_SOURCE_DIR}/cmake/set_load_configuration ${CMAKE_NM} ostrell.exe ostrell.exe.debug
-  COMMAND ${CMAKE_COMMAND} -DFILE=${product_folder}/ostrell.exe -P ${CMAKE_SOURCE_DIR}/cmake/print_size.cmake
+  COMMAND ${CMAKE_COMMAND} -DFILE=$<TARGET_FILE:ostrell> -P ${CMAKE_SOURCE_DIR}/cmake/print_size.cmake
   VERBATIM)

@@ -3,7 +3,7 @@
 
 // The image's load configuration (IMAGE_LOAD_CONFIG_DIRECTORY64 of the vendor's winnt.h). The
 // linker knows nothing of it: the build enters its address into the header
-// (cmake/set_load_configuration).
+// (cmake/finish_image).
 
 #pragma pack(push, 1)
 struct LoadConfiguration {
