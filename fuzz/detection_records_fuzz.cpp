@@ -1,5 +1,7 @@
 // Any JSON text as the records that the product's library might hand over: whatever comes in, what
 // is kept is flat and no more than that.
+#include <utility>
+
 #include "base/json.h"
 #include "fuzz/fuzz_target.h"
 #include "reports/detection_records.h"
@@ -41,7 +43,7 @@ JsonOwner Parsed(const std::optional<std::string>& body) {
 }  // namespace
 
 void CheckInput(std::string_view input) {
-  const JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
+  JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
   ReadAsOtherLists(records.Get());
   const size_t count = json_array_size(records.Get());
   PopupEntries entries;
@@ -49,7 +51,7 @@ void CheckInput(std::string_view input) {
     entries.Add(record);
   }
   Require(json_array_size(Parsed(entries.Take()).Get()) <= count);
-  const JsonOwner kept = Parsed(KeepDetectionRecords(records));
+  const JsonOwner kept = Parsed(KeepDetectionRecords(std::move(records)));
   Require(json_array_size(kept.Get()) <= count);
   for (const json_t* const record : Elements(kept.Get())) {
     CheckKept(record);

@@ -1,5 +1,7 @@
 #include "reports/detection_log.h"
 
+#include <utility>
+
 #include "reports/detection_kinds.h"
 #include "reports/detection_records.h"
 #include "reports/record_query.h"
@@ -18,15 +20,15 @@ int32_t SendDetectionReport(const Run& run, int64_t from, int64_t to) {
 }
 
 std::optional<std::string> CollectDetectionRecords(const Run& run, int64_t from, int64_t to) {
-  const JsonOwner records =
+  JsonOwner records =
       RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, to, kReportedKinds); });
-  const JsonOwner submitted =
-      RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, to); });
+  JsonOwner submitted = RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, to); });
   if (!records) {
-    return KeepDetectionRecords(submitted);
+    return KeepDetectionRecords(std::move(submitted));
   }
   json_array_extend(records.Get(), submitted.Get());
-  return KeepDetectionRecords(records);
+  submitted.Reset();
+  return KeepDetectionRecords(std::move(records));
 }
 
 }  // namespace ostrell

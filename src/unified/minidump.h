@@ -48,7 +48,7 @@ inline constexpr uint64_t kMaxDumpStreams = 65536;
 inline constexpr uint64_t kMaxDumpModules = 16384;
 inline constexpr uint64_t kMaxDumpNameBytes = 65536;                // of one name
 inline constexpr uint64_t kMaxDumpNamesBytes = uint64_t{16} << 20;  // of all names
-inline constexpr uint64_t kMaxDumpPages = 2048;  // copied for list and names; ends with a name
+inline constexpr uint64_t kMaxDumpPages = 512;  // copied for list and names; ends with a name
 
 // The directory counts as damaged when it does not lie in the dump as a whole, or when its first
 // module list does not even begin there. A module list that is cut, lies about its count or has

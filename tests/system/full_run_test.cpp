@@ -1,7 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/system/agent_run.h"
 
@@ -65,6 +72,31 @@ std::string LinkTime(const std::filesystem::path& program) {
   return std::to_string(at(at(0x3C) + 8));
 }
 
+// The files of the drive and what they hold, by their names below it.
+std::map<std::string, std::string> FilesOf(const std::filesystem::path& drive) {
+  std::map<std::string, std::string> files;
+  for (const char* folder : {"Program Files", "ProgramData", "users"}) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(drive / folder)) {
+      if (entry.is_regular_file()) {
+        files[entry.path().lexically_relative(drive).string()] = ReadText(entry.path());
+      }
+    }
+  }
+  return files;
+}
+
+// The names of those that are not the same in both.
+std::vector<std::string> Differences(const std::map<std::string, std::string>& a,
+                                     const std::map<std::string, std::string>& b) {
+  std::vector<std::pair<const std::string, std::string>> different;
+  std::ranges::set_symmetric_difference(a, b, std::back_inserter(different));
+  std::set<std::string> names;
+  for (const auto& [name, content] : different) {
+    names.insert(name);
+  }
+  return {names.begin(), names.end()};
+}
+
 const std::string kGuid = "[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}";
 
 class FullRun : public testing::Test {
@@ -73,17 +105,23 @@ class FullRun : public testing::Test {
     product = std::make_unique<SampleProduct>(SampleProduct::Due::kAll);
     statistics = ReadText(product->DataFolder() / "tallyx5.dat");
     before = Times(*product);
+    filesBefore = FilesOf(Drive());
     server = std::make_unique<AgentServer>();
     const RunJudge judge(*product);
     EXPECT_EQ(RunAgent().exitCode, 0);
     isSound = judge.FindsAllThatWasDue();
     after = Times(*product);
     settings = product->SettingsText();
+    filesAfter = FilesOf(Drive());
     EXPECT_EQ(RunAgent().exitCode, 0);
   }
   static void TearDownTestSuite() {
     server.reset();
     product.reset();
+  }
+
+  static std::filesystem::path Drive() {
+    return product->DataFolder().parent_path().parent_path().parent_path();
   }
 
   static inline std::unique_ptr<SampleProduct> product;
@@ -93,6 +131,8 @@ class FullRun : public testing::Test {
   static inline std::string settings;  // after the first run
   static inline std::vector<std::optional<int64_t>> before;
   static inline std::vector<std::optional<int64_t>> after;
+  static inline std::map<std::string, std::string> filesBefore;
+  static inline std::map<std::string, std::string> filesAfter;
 };
 
 TEST_F(FullRun, MachineInformation) {
@@ -122,6 +162,18 @@ TEST_F(FullRun, MachineInformation) {
 TEST_F(FullRun, JudgeFindsAllThatWasDue) {
   EXPECT_TRUE(isSound);
   EXPECT_EQ(Members(server->Body("rc2"), "submit_record").back(), "1") << "these come last";
+}
+
+// Statistics that were sent and a dump of more than 30 days are deleted, the settings hold the
+// times; the two texts are the stand-ins' own.
+TEST_F(FullRun, NoOtherFileChanges) {
+  const std::string bin = "Program Files/Velmora/Corvane/bin/";
+  EXPECT_THAT(Differences(filesBefore, filesAfter),
+              ElementsAre(bin + "crashsentry.txt", bin + "tallyx.dat", bin + "tallyx1.dat",
+                          bin + "tallyx2.dat", bin + "tallyx3.dat", bin + "tallyx4.dat",
+                          bin + "tracelog.txt", bin + "vguard.exe.0352.dmp",
+                          "ProgramData/Velmora/Corvane/settings/ostrell.json",
+                          "ProgramData/Velmora/Corvane/tallyx5.dat"));
 }
 
 // What popblock_win.cpp writes first, newest first, each item and each other product once.
