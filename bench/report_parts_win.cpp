@@ -65,7 +65,7 @@ bool ReadDump(const std::filesystem::path& path) {
   return file && ReadMinidump(SourceOf(*file)).crashModuleTime.has_value();
 }
 
-bool BenchDumps(const std::filesystem::path& dump, const std::filesystem::path& hostile) {
+bool BenchDumps(const std::filesystem::path& dump) {
   std::filesystem::path sparse = dump;
   sparse += L".sparse";
   if (!ReadDump(dump) || !MakeSparseCopy(dump, sparse) || !ReadDump(sparse)) {
@@ -73,7 +73,6 @@ bool BenchDumps(const std::filesystem::path& dump, const std::filesystem::path& 
   }
   PrintRow("dump, opened, mapped and read", SecondsPerCall([&] { ReadDump(dump); }), "a dump");
   PrintRow("the same, sparse and 4 GiB long", SecondsPerCall([&] { ReadDump(sparse); }), "a dump");
-  PrintRow("2 GiB of hostile names", SecondsPerCall([&] { ReadDump(hostile); }), "a dump");
   const auto file = WindowsFiles().Open(sparse.native(), FileUse::kMapped);
   PrintRow("the same, reading alone", SecondsPerCall([&] { ReadMinidump(SourceOf(*file)); }),
            "a dump");
@@ -132,11 +131,11 @@ void BenchMerging() {
 
 // NOLINTNEXTLINE(bugprone-exception-escape): what is thrown ends a tool like this.
 int wmain(int argc, wchar_t** argv) {
-  if (argc != 3) {
-    fmt::print(stderr, "usage: report_parts DUMP HOSTILE-DUMP\n");
+  if (argc != 2) {
+    fmt::print(stderr, "usage: report_parts DUMP\n");
     return 2;
   }
-  if (!ostrell::BenchDumps(argv[1], argv[2]) || !ostrell::BenchEvents()) {
+  if (!ostrell::BenchDumps(argv[1]) || !ostrell::BenchEvents()) {
     fmt::print(stderr, "a part gave nothing\n");
     return 1;
   }

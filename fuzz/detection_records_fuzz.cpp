@@ -1,7 +1,5 @@
 // Any JSON text as the records that the product's library might hand over: whatever comes in, what
 // is kept is flat and no more than that.
-#include <utility>
-
 #include "base/json.h"
 #include "fuzz/fuzz_target.h"
 #include "reports/detection_records.h"
@@ -43,7 +41,7 @@ JsonOwner Parsed(const std::optional<std::string>& body) {
 }  // namespace
 
 void CheckInput(std::string_view input) {
-  JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
+  const JsonOwner records(json_loadb(input.data(), input.size(), 0, nullptr));
   ReadAsOtherLists(records.Get());
   const size_t count = json_array_size(records.Get());
   PopupEntries entries;
@@ -51,7 +49,7 @@ void CheckInput(std::string_view input) {
     entries.Add(record);
   }
   Require(json_array_size(Parsed(entries.Take()).Get()) <= count);
-  const JsonOwner kept = Parsed(KeepDetectionRecords(std::move(records)));
+  const JsonOwner kept = Parsed(KeepDetectionRecords(records));
   Require(json_array_size(kept.Get()) <= count);
   for (const json_t* const record : Elements(kept.Get())) {
     CheckKept(record);

@@ -1,7 +1,5 @@
 #include "reports/detection_log.h"
 
-#include <utility>
-
 #include "reports/detection_kinds.h"
 #include "reports/detection_records.h"
 #include "reports/record_query.h"
@@ -20,15 +18,15 @@ int32_t SendDetectionReport(const Run& run, int64_t from, int64_t to) {
 }
 
 std::optional<std::string> CollectDetectionRecords(const Run& run, int64_t from, int64_t to) {
-  JsonOwner records =
+  const JsonOwner records =
       RunRecordQuery(run, [&] { return RecordsInRangeWithIds(from, to, kReportedKinds); });
-  JsonOwner submitted = RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, to); });
+  const JsonOwner submitted =
+      RunRecordQuery(run, [&] { return RecordsInRangeWithNegativeId(from, to); });
   if (!records) {
-    return KeepDetectionRecords(std::move(submitted));
+    return KeepDetectionRecords(submitted);
   }
   json_array_extend(records.Get(), submitted.Get());
-  submitted.Reset();
-  return KeepDetectionRecords(std::move(records));
+  return KeepDetectionRecords(records);
 }
 
 }  // namespace ostrell

@@ -135,16 +135,13 @@ json_t* FlattenRecord(json_t* record) {
   return record;
 }
 
-std::optional<std::string> KeepDetectionRecords(JsonOwner records) {
+std::optional<std::string> KeepDetectionRecords(const JsonOwner& records) {
   JsonArrayText kept;
   MetFingerprints met;
-  const size_t count = json_array_size(records.Get());
-  for (size_t i = 0; i < count; ++i) {
-    json_t* const record = json_array_get(records.Get(), i);
+  for (json_t* const record : Elements(records.Get())) {
     if (NormalizeRecord(record) && met.IsNew(RecordFingerprint(record))) {
       kept.Add(FlattenRecord(record));
     }
-    json_array_set_new(records.Get(), i, json_null());  // a million of them take gigabytes
   }
   return kept.Take();
 }

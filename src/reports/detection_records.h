@@ -14,9 +14,9 @@ namespace ostrell {
 // it, an integer of more than 32 bits by its low ones. Text may have any length and is not copied.
 
 // The report's body: the records in order as compact text (json_array_text.h), without malformed
-// ones and those that are one event with an earlier one, the rest flattened. Nothing when none is
-// left or the text cannot be made. Each record is released once it is written.
-std::optional<std::string> KeepDetectionRecords(JsonOwner records);
+// ones and those that are one event with an earlier one, the rest flattened, for which they are
+// changed in place. Nothing when none is left or the text cannot be made.
+std::optional<std::string> KeepDetectionRecords(const JsonOwner& records);
 
 // Brings a record into the form that the fingerprint is taken of: deletes "id", and by kind derives
 // "domain", takes over what the master process says, or deletes what is private in a mail. False

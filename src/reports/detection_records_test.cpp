@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <utility>
 
 #include "base/print.h"
 #include "reports/fingerprint.h"
@@ -39,7 +38,7 @@ std::string EntryOf(const json_t* record) {
                : "-";
 }
 
-std::optional<std::string> PopupEntriesOf(JsonOwner rows) {
+std::optional<std::string> PopupEntriesOf(const JsonOwner& rows) {
   PopupEntries entries;
   for (const json_t* const row : Elements(rows.Get())) {
     entries.Add(json_object_get(row, "detail"));
@@ -61,7 +60,7 @@ const std::map<std::string, std::function<std::string(json_t*)>> kReaders = {
     {"quarantine_entry", EntryOf},
 };
 // And of all of them.
-const std::map<std::string, std::optional<std::string> (*)(JsonOwner)> kListReaders = {
+const std::map<std::string, std::optional<std::string> (*)(const JsonOwner&)> kListReaders = {
     {"kept", KeepDetectionRecords}, {"popup_entries", PopupEntriesOf}};
 
 std::string ResultsOf(const JsonOwner& records, const std::function<std::string(json_t*)>& read) {
@@ -111,10 +110,10 @@ TEST(DetectionRecords, DeepAndLongOnes) {
 
 // What a library may hand over although no text holds it: nothing is sent then.
 TEST(DetectionRecords, TextThatIsNotUtf8) {
-  JsonOwner records(json_pack("[{s:i, s:{s:s, s:o, s:o}}]", "fid", 48, "detail", "clsname", "c",
-                              "url", json_string_nocheck("http://\xFF/"), "procname",
-                              json_string_nocheck("\xFE\\\xFF")));
-  EXPECT_FALSE(KeepDetectionRecords(std::move(records)));
+  const JsonOwner records(json_pack("[{s:i, s:{s:s, s:o, s:o}}]", "fid", 48, "detail", "clsname",
+                                    "c", "url", json_string_nocheck("http://\xFF/"), "procname",
+                                    json_string_nocheck("\xFE\\\xFF")));
+  EXPECT_FALSE(KeepDetectionRecords(records));
 }
 
 TEST(Fingerprints, HowManyAreRemembered) {
