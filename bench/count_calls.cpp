@@ -31,12 +31,10 @@ void* Copy(void* to, const void* from, size_t size) {
   return next(to, from, size);
 }
 
-struct AtEnd {
-  ~AtEnd() {
-    std::fprintf(stderr, "%zu %zu %zu %zu\n", allocations.load(), allocated.load(), copies.load(),
-                 copied.load());
-  }
-} atEnd;
+__attribute__((destructor)) void Print() {
+  std::fprintf(stderr, "%zu %zu %zu %zu\n", allocations.load(), allocated.load(), copies.load(),
+               copied.load());
+}
 
 }  // namespace
 

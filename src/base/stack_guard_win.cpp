@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" {
 
 // What a protected function keeps above its locals and finds again when it returns.
@@ -18,6 +19,7 @@ uintptr_t __stack_chk_guard;
 }
 
 }  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 namespace {
 

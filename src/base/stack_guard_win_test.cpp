@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" uintptr_t __stack_chk_guard;
 
 namespace {
