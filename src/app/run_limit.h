@@ -38,7 +38,8 @@ inline constexpr int64_t kSum =
 
 static_assert(longest_run::kSum < kRunLimit.count(), "the limit cuts no run that goes on");
 
-// Ends the process when `limit` has passed from now on.
+// Ends the process when `limit`, below 2^32 milliseconds, has passed from now on. Where no thread
+// can be made the run goes on without a limit.
 void LimitRun(std::chrono::milliseconds limit);
 
 }  // namespace ostrell

@@ -62,7 +62,8 @@ class Files {
   virtual std::optional<FileStatus> Status(const std::wstring& path) const = 0;
 
   // Gives `take` the entries of a folder whose long or short name matches `pattern` (the system's
-  // wildcards), in the system's order; none of a folder that cannot be listed.
+  // wildcards), in the system's order, "." and ".." included; none of a folder that cannot be
+  // listed.
   using TakeEntry = std::function<void(const std::wstring& name, bool isDirectory)>;
   virtual void List(const std::wstring& folder, const wchar_t* pattern,
                     const TakeEntry& take) const = 0;

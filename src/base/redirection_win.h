@@ -16,7 +16,8 @@ struct RedirectionApi {
   static const RedirectionApi& Loaded();
 };
 
-// As long as it lives, the calling thread sees the file system as it is.
+// As long as it lives, the calling thread sees the file system as it is, unless the system lacks
+// the functions or refuses. `functions` outlives it.
 class RealFileSystem {
  public:
   explicit RealFileSystem(const RedirectionApi& functions);

@@ -10,13 +10,15 @@ namespace ostrell {
 
 // The product's service link library, "svclink.dll": signature files, streams and packed records.
 // Its objects and records are packed to four bytes and carry their operations as function pointers
-// inside. An operation's pointer may be null; the functions below then fail.
+// inside. An operation's pointer may be null; the functions below then fail. Paths are UTF-8, text
+// and blocks borrowed for the call. Counts and sizes are in bytes; a negative result is a failure.
 
 #pragma pack(push, 4)
 
 struct SvclinkObject {
   std::byte reserved[12];
-  void (*release)(SvclinkObject*);                                             // entry 0
+  void (*release)(SvclinkObject*);  // entry 0
+  // Entries 1 and 2 give the bytes that they read or wrote, which may be fewer.
   int32_t (*read)(SvclinkObject*, uint64_t offset, void* to, uint32_t count);  // entry 1
   int32_t (*write)(SvclinkObject*, const void* from, uint32_t count);          // entry 2
   int64_t (*size)(SvclinkObject*);                                             // entry 3
@@ -29,7 +31,7 @@ struct SvclinkRecord {
   void (*release)(SvclinkRecord*);
   std::byte reservedAfterRelease[4];
   uint64_t version;
-  const std::byte* (*data)(SvclinkRecord*, uint32_t* size);
+  const std::byte* (*data)(SvclinkRecord*, uint32_t* size);  // the record's own; null: none
 };
 
 #pragma pack(pop)

@@ -10,7 +10,8 @@ namespace ostrell {
 
 // The product's logging library, "tracelog.dll". Without it messages go nowhere.
 struct TraceLogEntries {
-  // Export "TraceLogWrite". Text is borrowed for the call.
+  // Export "TraceLogWrite". `operation` is ASCII, `text` one message; both are terminated
+  // and borrowed for the call. `line` is that of the source.
   void (*write)(const char* operation, int32_t line, int32_t level, const wchar_t* text);
 };
 

@@ -15,9 +15,9 @@ namespace ostrell {
 
 // The one place that owns a libcurl handle. Transfers speak http and https only, follow no
 // redirect, go through no proxy and do not verify TLS peers, as the report server's certificates
-// are its own. Nothing of the environment has a say. A transfer
-// completed when the whole answer arrived, whatever its status; a refused connection, a time-out
-// and an answer cut short are failures. Only memory for text and functions can make these throw.
+// are its own. Nothing of the environment has a say. A transfer completed when the whole answer
+// arrived, whatever its status; a refused connection, a time-out and an answer cut short are
+// failures. Only memory for text and functions can make these throw.
 
 // Whole-transfer and connect time-outs in seconds.
 struct TransferLimits {

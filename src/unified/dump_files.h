@@ -13,9 +13,9 @@
 namespace ostrell {
 
 // Crash dumps, "*.dmp", lie beside the program and in the folder above it. Their times are those of
-// their last writing, dated as local_time.h says. All times are seconds since 1970. A folder
-// that cannot be listed holds no dumps. Of one that holds more than
-// kMaxDumpsOfFolder the first ones count, and the trace log says how many did not.
+// their last writing, dated by LocalTimeSeconds (collector.h). All times are seconds since 1970. A
+// folder that cannot be listed holds no dumps. Of one that holds more than kMaxDumpsOfFolder the
+// first ones count, and the trace log says how many did not.
 
 inline constexpr size_t kMaxDumpsOfFolder = 65536;
 

@@ -11,7 +11,8 @@ inline constexpr size_t kMaxEventsOfQuery = 65536;
 
 // Application crashes and failed service starts of the Windows event log that name the product,
 // created between `tmStart` (seconds since 1970) and now (of the run's clock), as an array of
-// items: nothing when there are none. Events carry times of local_time.h's rule.
+// items: nothing when there are none. Their times are those of
+// LocalTimeSeconds (collector.h).
 //
 // Two queries are run, each over one channel and one provider. One that fails contributes nothing,
 // and neither does one whose results hold a number that cannot be converted; the other is still

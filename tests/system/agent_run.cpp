@@ -49,6 +49,10 @@ std::filesystem::path InDrive(const char* path) {
   return std::filesystem::path(kPrefix) / "drive_c" / path;
 }
 
+std::filesystem::path AgentFile() {
+  return InDrive("Program Files/Velmora/Corvane/bin/ostrell.exe");
+}
+
 std::filesystem::path SettingsFile() {
   return InDrive("ProgramData/Velmora/Corvane/settings/ostrell.json");
 }
@@ -127,15 +131,22 @@ void SampleProduct::Registry(const std::string& arguments) const {
   EXPECT_EQ(RunCommand(Wine("-all") + "reg " + arguments + " >/dev/null 2>&1"), 0) << arguments;
 }
 
+std::string AttachToAgent(const std::string& commands) {
+  const std::string said = kPrefix + "/gdb.txt";
+  WriteText(kPrefix + "/gdb-commands.txt", commands);
+  RunCommand(Wine("-all") + "--attach " + Quoted(AgentFile()) + " <" +
+             Quoted(kPrefix + "/gdb-commands.txt") + " >" + Quoted(said) + " 2>&1");
+  return ReadText(said);
+}
+
 RunResult RunAgent(const std::string& channels, const std::string& environment) {
   const std::string trace = kPrefix + "/trace.txt";
   const std::string peak = kPrefix + "/peak.txt";
-  const auto program = InDrive("Program Files/Velmora/Corvane/bin/ostrell.exe");
   const auto began = std::chrono::steady_clock::now();
   // What this program itself takes would count, too, were the run its child.
   const int exitCode =
       RunCommand("cd / && " + environment + "/usr/bin/time -q -f %M -o " + Quoted(peak) + " env " +
-                 Wine(channels) + Quoted(program) + " 2>" + Quoted(trace) + " >/dev/null");
+                 Wine(channels) + Quoted(AgentFile()) + " 2>" + Quoted(trace) + " >/dev/null");
   const auto wall = std::chrono::steady_clock::now() - began;
   return {exitCode, ReadText(trace), int64_t{1024} * std::stoll("0" + ReadText(peak)),
           std::chrono::duration_cast<std::chrono::milliseconds>(wall)};

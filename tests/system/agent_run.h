@@ -53,6 +53,10 @@ struct RunResult {
 // `environment` what is to stand before the command: "NAME=value ".
 RunResult RunAgent(const std::string& channels = "-all", const std::string& environment = "");
 
+// Runs it under gdb, which stops where the program begins and then takes the commands, a line each;
+// what gdb printed.
+std::string AttachToAgent(const std::string& commands);
+
 // Ends Wine's server of the tests' prefix; the next program, which another account may run, starts
 // one. `how` stands before the command.
 void StopWine(const std::string& how = "");
