@@ -1,10 +1,8 @@
-// The readers of the unified report, natively and one piece a run, to be timed against the same
-// work done by others' readers.
+// The first program's time stamp in a dump, read by us and by another reader from the closed file
+// on, natively, to be timed against each other.
 //
-// Usage: unified_data event ours|pugixml|pugixml-utf8 COUNT     the fields of an event, so many
-// times
-//        unified_data dump ours|llvm FILE COUNT                 the first program's time stamp in a
-//        dump unified_data make-dump real|hostile FILE               a dump to read
+// Usage: dump_reading ours|llvm FILE COUNT     reads it so many times
+//        dump_reading make real|hostile FILE   makes a dump
 #include <fcntl.h>
 #include <llvm/Object/Minidump.h>
 #include <sys/mman.h>
